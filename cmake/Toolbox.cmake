@@ -1,0 +1,26 @@
+# Where scripts/setup.sh keeps what it downloads: the Java libraries of the example, the tests and the benchmarks,
+# and the Windows Java runtime that the tests run in.
+if(DEFINED ENV{WINUTIL_CACHE})
+    set(default_cache $ENV{WINUTIL_CACHE})
+elseif(DEFINED ENV{XDG_CACHE_HOME})
+    set(default_cache $ENV{XDG_CACHE_HOME}/winutil)
+else()
+    set(default_cache $ENV{HOME}$ENV{LOCALAPPDATA}/.cache/winutil)
+endif()
+set(WINUTIL_CACHE ${default_cache} CACHE PATH "Folder of downloaded tools and Java libraries")
+if(DEFINED ENV{WINDOWS_JAVA_HOME})
+    set(default_java $ENV{WINDOWS_JAVA_HOME})
+else()
+    set(default_java ${WINUTIL_CACHE}/windows-java-17)
+endif()
+set(WINDOWS_JAVA_HOME ${default_java} CACHE PATH "Windows JDK or JRE that runs the Java tests")
+
+# toolbox_jar(<variable> <artifact>): the one jar of that artifact in the cache folder, whatever its version.
+function(toolbox_jar variable artifact)
+    file(GLOB found ${WINUTIL_CACHE}/jars/${artifact}-[0-9]*.jar)
+    list(LENGTH found count)
+    if(NOT count EQUAL 1)
+        message(FATAL_ERROR "${artifact}: ${count} jars in ${WINUTIL_CACHE}/jars, expected 1; run scripts/setup.sh")
+    endif()
+    set(${variable} ${found} PARENT_SCOPE)
+endfunction()

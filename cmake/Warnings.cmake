@@ -1,0 +1,7 @@
+# One set of warnings for everything that is compiled here; a warning fails the build.
+add_library(warnings INTERFACE)
+if(MSVC)
+    target_compile_options(warnings INTERFACE /W4 /WX /permissive-)
+else()
+    target_compile_options(warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+endif()

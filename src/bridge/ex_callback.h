@@ -1,0 +1,29 @@
+#pragma once
+
+#include <jni.h>
+
+namespace winutil {
+
+// Carries failures on single items to the Java listener of one native call, which goes on with its work. Made
+// with `new` when the call begins and deleted before it returns; never shared between threads.
+class CExCallback {
+public:
+    CExCallback(JNIEnv* env, jobject caller, jobject listener) noexcept
+        : env_(env), caller_(caller), listener_(listener) {}
+    CExCallback(const CExCallback&) = delete;
+    CExCallback& operator=(const CExCallback&) = delete;
+    virtual ~CExCallback() = default;
+
+    // Calls the listener's fireFileErrorEvent(path, message) and returns whether Java was called; the
+    // exception that the listener threw is then pending. Does nothing without a listener. When the listener
+    // has no such method, the JVM's NoSuchMethodError is left pending: whoever goes on into Java takes it
+    // first.
+    bool fireFileErrorEvent(const wchar_t* path, const wchar_t* message) noexcept;
+
+private:
+    JNIEnv* env_;
+    [[maybe_unused]] jobject caller_;
+    jobject listener_;
+};
+
+}  // namespace winutil

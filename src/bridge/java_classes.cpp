@@ -1,0 +1,22 @@
+#include "bridge/java_classes.h"
+
+namespace winutil {
+
+jmethodID findMethod(JNIEnv* env, jclass type, const JavaMethod& method) noexcept {
+    return env->GetMethodID(type, method.name, method.signature);
+}
+
+jmethodID findCollectorMethod(JNIEnv* env, jobject collector, const JavaMethod& method) noexcept {
+    const LocalRef type(env, env->GetObjectClass(collector));
+    const jmethodID found = findMethod(env, type.get(), method);
+    if (found == nullptr) {
+        env->ExceptionClear();
+    }
+    return found;
+}
+
+bool exceptionPending(JNIEnv* env) noexcept {
+    return static_cast<bool>(LocalRef<jthrowable>(env, env->ExceptionOccurred()));
+}
+
+}  // namespace winutil

@@ -1,0 +1,47 @@
+// The Java classes that the library constructs and the methods that it calls back: one place for every name
+// and signature, so that a change on the Java side is mirrored here and nowhere else.
+#pragma once
+
+#include <jni.h>
+
+#include "bridge/java_refs.h"
+
+namespace winutil {
+
+struct JavaMethod {
+    const char* name;
+    const char* signature;
+};
+
+namespace java_class {
+inline constexpr char ioException[] = "java/io/IOException";
+inline constexpr char fileNotFoundException[] = "java/io/FileNotFoundException";
+inline constexpr char runtimeException[] = "java/lang/RuntimeException";
+inline constexpr char securityException[] = "java/lang/SecurityException";
+inline constexpr char diskFullException[] = "com/qarvo/dov/io/DiskFullException";
+inline constexpr char sharingViolationException[] = "com/qarvo/dov/io/SharingViolationException";
+inline constexpr char winFile[] = "com/qarvo/kel/util/WinFileList$WinFile";
+}  // namespace java_class
+
+namespace java_method {
+inline constexpr JavaMethod newException{"<init>", "(Ljava/lang/String;)V"};
+inline constexpr JavaMethod fireFileErrorEvent{"fireFileErrorEvent",
+                                               "(Ljava/lang/String;Ljava/lang/String;)V"};
+inline constexpr JavaMethod addFile{"addFile", "(Ljava/lang/String;ZJJILjava/lang/String;Z)V"};
+// The record with link kind and target, and the older one that only says whether the file is a reparse point.
+inline constexpr JavaMethod newWinFile{"<init>",
+                                       "(Ljava/lang/String;ZJJILjava/lang/String;BLjava/lang/String;)V"};
+inline constexpr JavaMethod newOlderWinFile{"<init>", "(Ljava/lang/String;ZJJILjava/lang/String;Z)V"};
+}  // namespace java_method
+
+// Returns the method of `type`, or null with the JVM's NoSuchMethodError pending.
+jmethodID findMethod(JNIEnv* env, jclass type, const JavaMethod& method) noexcept;
+
+// Returns the method of a collector's class, or null with nothing pending: a collector that lacks the method
+// is passed over, and the calls behind the lookup must stay legal.
+jmethodID findCollectorMethod(JNIEnv* env, jobject collector, const JavaMethod& method) noexcept;
+
+// Returns whether a Java exception is pending. Every call into Java is followed by this.
+bool exceptionPending(JNIEnv* env) noexcept;
+
+}  // namespace winutil

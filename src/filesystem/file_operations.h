@@ -1,0 +1,15 @@
+#pragma once
+
+#include <jni.h>
+
+namespace winutil::filesystem {
+
+// Makes the last directory of a path. Returns false when it is there already, without an exception; any other
+// failure leaves a DiskFullException or a SecurityException pending. On a network path whose parent is
+// missing it waits two seconds for the directory to appear.
+bool makeDirectory(JNIEnv* env, const wchar_t* path) noexcept;
+
+// Deletes a file that exists; never a directory.
+bool deleteExistingFile(const wchar_t* path) noexcept;
+
+}  // namespace winutil::filesystem

@@ -1,0 +1,174 @@
+#include "filesystem/listing.h"
+
+#include <cstddef>
+#include <cwchar>
+#include <string_view>
+
+#include "bridge/errors.h"
+#include "bridge/java_classes.h"
+#include "bridge/java_strings.h"
+#include "bridge/optional_functions.h"
+#include "bridge/paths.h"
+#include "filesystem/file_records.h"
+#include "filesystem/security_text.h"
+
+namespace winutil::filesystem {
+
+namespace {
+
+constexpr std::wstring_view everything = L"*.*";
+constexpr std::size_t patternRoom = 15;  // the long prefix, "\*.*" and the terminator
+
+// The search fills a find buffer; the probe in front of it only its beginning, which has the same layout.
+static_assert(offsetof(WIN32_FIND_DATAW, nFileSizeLow) == offsetof(WIN32_FILE_ATTRIBUTE_DATA, nFileSizeLow));
+
+struct Walk {
+    JNIEnv* env;
+    jobject collector;
+    std::wstring_view directory;
+    const ListingOptions& options;
+    CExCallback* events;
+    // The error of a listener without the method: set aside while the entries are delivered, raised at the
+    // end.
+    LocalRef<jthrowable> listenerError;
+};
+
+bool endsInBackslash(std::wstring_view path) noexcept {
+    return !path.empty() && path.back() == L'\\';
+}
+
+// Appends `name` to the path in a buffer that has room for it, behind exactly one backslash.
+void appendName(wchar_t* path, std::size_t capacity, const wchar_t* name) noexcept {
+    if (!endsInBackslash(path)) {
+        wcscat_s(path, capacity, L"\\");
+    }
+    wcscat_s(path, capacity, name);
+}
+
+WideString entryPath(std::wstring_view directory, const wchar_t* name) noexcept {
+    const std::size_t nameLength = std::wcslen(name);
+    WideString path = copyText(directory.data(), directory.size(), nameLength + 1);
+    if (path) {
+        appendName(path.get(), directory.size() + nameLength + 2, name);
+    }
+    return path;
+}
+
+bool isDotName(const wchar_t* name) noexcept {
+    return name[0] == L'.' && (name[1] == L'\0' || (name[1] == L'.' && name[2] == L'\0'));
+}
+
+// Reports an entry through the listener. Returns false when the listener threw.
+bool reportEntry(Walk& walk, const wchar_t* path, DWORD code) noexcept {
+    if (walk.events == nullptr) {
+        return true;
+    }
+    const bool called = walk.events->fireFileErrorEvent(path, SystemText(code).get());
+    LocalRef<jthrowable> error(walk.env, walk.env->ExceptionOccurred());
+    if (!error) {
+        return true;
+    }
+    if (called) {
+        return false;
+    }
+    walk.env->ExceptionClear();
+    if (!walk.listenerError) {
+        walk.listenerError = std::move(error);
+    }
+    return true;
+}
+
+// Reads an entry's security descriptor; the empty text where it is not asked for or cannot be read. Returns
+// false when the listener threw.
+bool readEntrySecurity(Walk& walk, const wchar_t* path, WideString& text) noexcept {
+    if (!walk.options.withSecurity) {
+        return true;
+    }
+    const bool enabled = isDirectoryPath(path) ? isNtfsVolume(path) : walk.options.securityOnFiles;
+    text = getSecurityDescriptorText(path, recordSecurity, false, enabled);
+    return text || reportEntry(walk, path, GetLastError());
+}
+
+// Delivers one entry. Returns false when a Java exception ends the listing.
+bool deliverEntry(Walk& walk, const WIN32_FIND_DATAW& found) noexcept {
+    JNIEnv* env = walk.env;
+    const WideString path = entryPath(walk.directory, found.cFileName);
+    if (!path) {
+        throwSystemText(env, ERROR_NOT_ENOUGH_MEMORY);
+        return false;
+    }
+    WideString security;
+    if (!readEntrySecurity(walk, path.get(), security)) {
+        return false;
+    }
+    const LocalRef javaPath(env, newJavaString(env, path.get()));
+    if (!javaPath) {
+        return false;
+    }
+    const LocalRef javaSecurity(env, newJavaString(env, security ? security.get() : L""));
+    if (!javaSecurity) {
+        return false;
+    }
+    const jmethodID addFile = findCollectorMethod(env, walk.collector, java_method::addFile);
+    if (addFile == nullptr) {
+        return true;
+    }
+    const bool directory = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    // Without attributes nothing is a reparse point either: the flag is read from the word that is passed on.
+    const DWORD attributes = walk.options.withAttributes ? found.dwFileAttributes : 0;
+    const bool reparsePoint = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    env->CallVoidMethod(walk.collector, addFile, javaPath.get(),
+                        static_cast<jboolean>(directory ? JNI_TRUE : JNI_FALSE),
+                        static_cast<jlong>(fileSize(found.nFileSizeHigh, found.nFileSizeLow)),
+                        static_cast<jlong>(toJavaTime(found.ftLastWriteTime)), static_cast<jint>(attributes),
+                        javaSecurity.get(), static_cast<jboolean>(reparsePoint ? JNI_TRUE : JNI_FALSE));
+    return !exceptionPending(env);
+}
+
+// Delivers what the buffer holds and what the search finds behind it.
+void deliverAll(Walk& walk, const SearchHandle& search, WIN32_FIND_DATAW& found) noexcept {
+    do {
+        if (!isDotName(found.cFileName) && !deliverEntry(walk, found)) {
+            return;
+        }
+    } while (FindNextFileW(search.get(), &found));
+    const DWORD code = GetLastError();
+    if (walk.listenerError) {
+        walk.env->Throw(walk.listenerError.get());
+    } else if (code != ERROR_NO_MORE_FILES) {
+        throwSystemText(walk.env, code);
+    }
+}
+
+}  // namespace
+
+void listWinFiles(JNIEnv* env, jobject collector, const wchar_t* directory, const ListingOptions& options,
+                  CExCallback* events) noexcept {
+    Walk walk{env, collector, directory, options, events, {}};
+    WIN32_FIND_DATAW found = {};
+    SearchHandle search;
+    WideString pattern = copyText(directory, walk.directory.size(), patternRoom);
+    if (!pattern) {
+        return throwSystemText(env, ERROR_NOT_ENOUGH_MEMORY);
+    }
+    appendName(pattern.get(), walk.directory.size() + patternRoom + 1, everything.data());
+    // The probe asks for a name with wildcards and so fails for every real directory; it stays, and with it
+    // the walk without a search that would follow its success.
+    if (!readAttributeData(pattern.get(), &found)) {
+        if (hasLongPrefix(directory)) {
+            return throwSystemText(env, GetLastError());
+        }
+        pattern = toLongPath(directory, patternRoom);
+        if (!pattern) {
+            return throwSystemText(env, ERROR_NOT_ENOUGH_MEMORY);
+        }
+        appendName(pattern.get(), walk.directory.size() + 2 * patternRoom, everything.data());
+        search = SearchHandle(FindFirstFileW(pattern.get(), &found));
+        if (!search) {
+            return throwSystemText(env, GetLastError());
+        }
+    }
+    deliverAll(walk, search, found);
+}
+
+}  // namespace winutil::filesystem

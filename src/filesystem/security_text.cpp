@@ -1,0 +1,91 @@
+#include "filesystem/security_text.h"
+
+#include <cwchar>
+
+#include "bridge/java_strings.h"
+#include "bridge/optional_functions.h"
+#include "bridge/paths.h"
+
+namespace winutil::filesystem {
+
+namespace {
+
+constexpr DWORD firstDescriptorSize = 4096;  // bytes
+
+// Returns the descriptor of a path, or none with the reason in the last error.
+HeapMemory<std::byte> readDescriptor(const wchar_t* path, SECURITY_INFORMATION securityInformation) noexcept {
+    DWORD size = firstDescriptorSize;
+    // Once more at the size that the system asks for; a descriptor that has grown again by then is given up.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        HeapMemory<std::byte> descriptor = allocate<std::byte>(size);
+        if (!descriptor) {
+            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+            return {};
+        }
+        DWORD needed = 0;
+        if (GetFileSecurityW(path, securityInformation, descriptor.get(), size, &needed)) {
+            return descriptor;
+        }
+        if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
+            return {};
+        }
+        size = needed;
+    }
+    return {};
+}
+
+WideString convertToText(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION securityInformation) noexcept {
+    const auto convert = optionalFunctions().convertSecurityDescriptorToStringSecurityDescriptor;
+    if (convert == nullptr) {
+        SetLastError(ERROR_PROC_NOT_FOUND);
+        return {};
+    }
+    LocalMemory<wchar_t> text;
+    ULONG length = 0;
+    convert(descriptor, SDDL_REVISION_1, securityInformation, text.receive(), &length);
+    if (length == 0 || !text) {
+        return {};
+    }
+    // The length may count the terminator and the padding behind it; the text ends at its first zero.
+    WideString copy = copyText(text.get(), wcsnlen(text.get(), length));
+    if (!copy) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    return copy;
+}
+
+// The second way to a descriptor never gives a text, deliberately: found, it only turns the reason into "no
+// error"; not found, the conversion of no descriptor at all says what the caller reports.
+WideString failWithoutDescriptor(const wchar_t* path, SECURITY_INFORMATION securityInformation) noexcept {
+    LocalMemory<void> descriptor;
+    if (GetNamedSecurityInfoW(path, SE_FILE_OBJECT, securityInformation, nullptr, nullptr, nullptr, nullptr,
+                              descriptor.receive()) == ERROR_SUCCESS) {
+        descriptor.reset();
+        SetLastError(ERROR_SUCCESS);
+        return {};
+    }
+    return convertToText(nullptr, securityInformation);
+}
+
+}  // namespace
+
+WideString getSecurityDescriptorText(const wchar_t* path, SECURITY_INFORMATION securityInformation,
+                                     bool tryLongForm, bool enabled) noexcept {
+    if (!enabled) {
+        return copyText(L"", 0);
+    }
+    WideString longForm;
+    const wchar_t* target = path;
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (tryLongForm && !readAttributeData(path, &data)) {
+        longForm = toLongPath(path);
+        target = longForm.get();
+    }
+    const HeapMemory<std::byte> descriptor = readDescriptor(target, securityInformation);
+    if (!descriptor) {
+        return failWithoutDescriptor(target, securityInformation);
+    }
+    return convertToText(descriptor.get(), securityInformation);
+}
+
+}  // namespace winutil::filesystem

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <windows.h>
+
+#include "bridge/owners.h"
+
+namespace winutil::filesystem {
+
+// What the file records carry of a security descriptor.
+inline constexpr SECURITY_INFORMATION recordSecurity =
+    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+static_assert(recordSecurity == 7);
+
+// Returns the security descriptor of a path as SDDL text, an empty text when not `enabled`, or none with the
+// reason in the thread's last error. With `tryLongForm` the long form stands in for a path whose attributes
+// cannot be read.
+WideString getSecurityDescriptorText(const wchar_t* path, SECURITY_INFORMATION securityInformation,
+                                     bool tryLongForm, bool enabled) noexcept;
+
+}  // namespace winutil::filesystem
