@@ -13,7 +13,10 @@ public class UtilException extends Exception {
         super(message);
     }
 
-    /** An account was refused for a reason other than its name or password: disabled, locked, out of hours. */
+    /**
+     * Name and password of an account are right, but a restriction keeps it from logging on: an empty password, the
+     * hours, a policy.
+     */
     public static class AccountRestrictionException extends UtilException {
         private static final long serialVersionUID = 1L;
 

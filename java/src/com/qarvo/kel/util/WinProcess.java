@@ -8,8 +8,9 @@ import java.io.IOException;
  * {@link WindowsUtil#createProcessAsUserSession}.
  *
  * <p>It owns the process handle, the read ends of the child's standard output and standard error and, for a named
- * account, the account's token and loaded profile. All of it stays open until {@link #close}; a process that was
- * forgotten is never collected. Read both streams, each on a thread of its own: a child whose pipe is full stands still.
+ * account, the account's token and loaded profile. All of it stays open until {@link #close};
+ * nothing collects a forgotten one. Read both streams, each on a thread of its own: a child whose pipe is full stands
+ * still.
  */
 public class WinProcess implements Closeable {
     private final long handle;
