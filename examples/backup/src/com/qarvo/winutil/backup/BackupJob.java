@@ -1,0 +1,179 @@
+package com.qarvo.winutil.backup;
+
+import java.io.IOException;
+import java.nio.ByteBuffer;
+
+import com.qarvo.kel.util.WinFileList.WinFile;
+import com.qarvo.winutil.backup.ManifestEntry.Type;
+import com.qarvo.winutil.backup.Transfer.Content;
+import com.qarvo.winutil.backup.TreeWalk.Found;
+
+/** Copies a folder tree into a new store, in one pass. */
+final class BackupJob implements TreeWalk.Visitor {
+    // A file that is being written to may hold still a moment later; a log file never does.
+    private static final int ATTEMPTS = 2;
+
+    private final Job job;
+    private final NativeFiles files;
+    private final String source;
+    private final Store store;
+    private final ManifestWriter manifest;
+    private long contents;
+
+    private BackupJob(Job job, String source, Store store, ManifestWriter manifest) {
+        this.job = job;
+        this.files = job.files();
+        this.source = source;
+        this.store = store;
+        this.manifest = manifest;
+    }
+
+    /** Backs up a folder; everything that can be wrong with the arguments is found before anything is made. */
+    static void run(Job job, String source, String storePath) {
+        NativeFiles files = job.files();
+        Folders.entries(files, source, "source");
+        String realSource = files.realPath(source);
+        String realStore = files.realPath(storePath);
+        if (Names.isInside(realStore, realSource)) {
+            throw new ClientException("The store " + Escapes.printable(storePath) + " must not lie inside the source.");
+        }
+        if (Names.isInside(realSource, realStore)) {
+            throw new ClientException("The source " + Escapes.printable(source) + " must not lie inside the store.");
+        }
+        Store store = Store.create(files, storePath);
+        try (NativeOutputStream out = store.startManifest()) {
+            ManifestWriter manifest = new ManifestWriter(out);
+            new TreeWalk(files, job.report(), true, source)
+                    .run(new BackupJob(job, source, store, manifest), job.stop());
+            manifest.end();
+            out.finish();
+            store.finish();
+        } catch (IOException e) {
+            throw Store.failure(storePath, e);
+        }
+    }
+
+    @Override
+    public void directory(Found directory) {
+        add(ManifestEntry.ofDirectory(directory.path(), directory.entry()));
+        job.progress().countDirectory();
+    }
+
+    @Override
+    public void link(Found link) {
+        if (link.entry().getLinkTarget().isEmpty()) {
+            job.report().leftOut(link.entry().getPath(), "it is a link, and where it leads cannot be read");
+            return;
+        }
+        add(ManifestEntry.ofLink(link.path(), link.entry()));
+        job.progress().countLink();
+    }
+
+    @Override
+    public void file(Found file) {
+        String path = file.entry().getPath();
+        if (path.endsWith("\\" + store.unfinishedName())) {
+            // Another drive letter, share or link led to the store; the comparison of paths could not see it.
+            throw new ClientException("The store " + Escapes.printable(store.path()) + " must not lie inside the source "
+                    + Escapes.printable(source) + ".");
+        }
+        job.progress().at(path);
+        try {
+            for (int attempt = 1; !backUp(file); attempt++) {
+                if (attempt == ATTEMPTS) {
+                    job.report().leftOut(path, "it changed while it was being read");
+                    return;
+                }
+            }
+            job.progress().countFile();
+        } catch (IOException e) {
+            job.report().leftOut(path, Reasons.of(e));
+        }
+    }
+
+    /** Copies and notes one file; false when it changed meanwhile, so that the copy is neither old nor new. */
+    private boolean backUp(Found found) throws IOException {
+        String path = found.entry().getPath();
+        long file = job.transfer().open(path);
+        try (Copy copy = new Copy()) {
+            // Asked now: what a directory says of a file that is open elsewhere may be out of date.
+            long modified = files.lastModified(path);
+            long size = files.size(file);
+            Content content = job.transfer().read(file, copy);
+            if (content.size() != size || files.size(file) != size || files.lastModified(path) != modified) {
+                return false;
+            }
+            long number = copy.keep(size);
+            WinFile entry = found.entry();
+            add(new ManifestEntry(Type.FILE, found.path(), size, modified, entry.getAttributes(), content.sha256(),
+                    number, "", entry.getSecurityDescriptor()));
+            return true;
+        } finally {
+            files.close(file);
+        }
+    }
+
+    /** The copy of one file in the store, made when there is a first block. Unless it is kept, nothing stays of it. */
+    private final class Copy implements Transfer.BlockSink, AutoCloseable {
+        private String place;
+        private long file;
+        private boolean open;
+        private boolean kept;
+
+        @Override
+        public void take(ByteBuffer buffer, int offset, int length) {
+            try {
+                if (!open) {
+                    place = store.placeForContent(contents + 1);
+                    file = files.create(place, 0);
+                    open = true;
+                }
+                job.transfer().write(file, buffer, offset, length);
+            } catch (IOException | SecurityException e) {
+                throw Store.failure(store.path(), e);
+            }
+        }
+
+        /** Keeps the copy and gives its number, 0 for an empty file, which needs none. */
+        long keep(long size) {
+            if (!open) {
+                return 0;
+            }
+            closeFile();
+            try {
+                long arrived = files.entry(place, false).getSize();
+                if (arrived != size) {
+                    // A disk that runs full may take a part of a block and say nothing.
+                    throw new IOException("only " + arrived + " of " + size + " bytes arrived in " + place);
+                }
+            } catch (IOException e) {
+                throw Store.failure(store.path(), e);
+            }
+            kept = true;
+            return ++contents;
+        }
+
+        @Override
+        public void close() {
+            closeFile();
+            if (place != null && !kept) {
+                files.delete(place);
+            }
+        }
+
+        private void closeFile() {
+            if (open) {
+                open = false;
+                files.close(file);
+            }
+        }
+    }
+
+    private void add(ManifestEntry entry) {
+        try {
+            manifest.add(entry);
+        } catch (IOException e) {
+            throw Store.failure(store.path(), e);
+        }
+    }
+}

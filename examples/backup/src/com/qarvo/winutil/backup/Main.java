@@ -1,0 +1,108 @@
+package com.qarvo.winutil.backup;
+
+import java.io.PrintWriter;
+import java.util.function.Supplier;
+
+import picocli.CommandLine;
+
+/**
+ * A small backup client that shows how the library is used: lists, backs up, restores and verifies folder trees.
+ *
+ * <p>Exit codes: 0 when everything was done, 1 when something was left out or differs, 2 when the command could not
+ * be carried out.
+ */
+@CommandLine.Command(name = "backup-client", mixinStandardHelpOptions = false,
+        description = "Backs up and restores folder trees through WinUtil64.dll.",
+        subcommands = {ListCommand.class, BackupCommand.class, RestoreCommand.class, VerifyCommand.class},
+        exitCodeListHeading = "%nExit codes:%n",
+        exitCodeList = {
+            "0:Everything was done.",
+            "1:Something was left out, or differs; each case is reported with its path and reason.",
+            "2:The command could not be carried out; one sentence says why."})
+public final class Main implements Runnable {
+    static final int EXIT_ALL = 0;
+    static final int EXIT_INCOMPLETE = 1;
+    static final int EXIT_FAILED = 2;
+
+    private final Supplier<NativeFiles> system;
+    private final StopSignal stop;
+    private NativeFiles files;
+
+    @CommandLine.Spec
+    private CommandLine.Model.CommandSpec spec;
+
+    @CommandLine.Option(names = {"-h", "--help"}, usageHelp = true, scope = CommandLine.ScopeType.INHERIT,
+            description = "Show this help.")
+    private boolean help;
+
+    private Main(Supplier<NativeFiles> system, StopSignal stop) {
+        this.system = system;
+        this.stop = stop;
+    }
+
+    /**
+     * Runs the client and ends the JVM with its exit code.
+     *
+     * @param arguments the command line
+     */
+    public static void main(String[] arguments) {
+        StopSignal stop = new StopSignal();
+        stop.listen();
+        PrintWriter out = Console.writer(System.out, "stdout.encoding");
+        PrintWriter err = Console.writer(System.err, "stderr.encoding");
+        int code = EXIT_FAILED;
+        try {
+            code = run(WindowsNativeFiles::new, stop, out, err, arguments);
+        } finally {
+            stop.finished();
+        }
+        System.exit(code);
+    }
+
+    /** Runs one command; the system is only asked for when a command needs it. */
+    static int run(Supplier<NativeFiles> system, StopSignal stop, PrintWriter out, PrintWriter err,
+            String... arguments) {
+        CommandLine line = new CommandLine(new Main(system, stop));
+        line.setOut(out);
+        line.setErr(err);
+        line.setParameterExceptionHandler((e, unused) -> {
+            err.println(e.getMessage());
+            err.println("Try " + e.getCommandLine().getCommandSpec().qualifiedName() + " --help.");
+            return EXIT_FAILED;
+        });
+        line.setExecutionExceptionHandler((e, unused, result) -> {
+            err.println(sentence(e));
+            return EXIT_FAILED;
+        });
+        try {
+            return line.execute(arguments);
+        } catch (OutOfMemoryError | LinkageError e) {
+            err.println("The Java virtual machine cannot go on: " + e);
+            return EXIT_FAILED;
+        }
+    }
+
+    @Override
+    public void run() {
+        throw new CommandLine.ParameterException(spec.commandLine(), "A command is missing.");
+    }
+
+    NativeFiles files() {
+        if (files == null) {
+            try {
+                files = system.get();
+            } catch (UnsatisfiedLinkError e) {
+                throw new ClientException(e.getMessage(), e);
+            }
+        }
+        return files;
+    }
+
+    StopSignal stop() {
+        return stop;
+    }
+
+    private static String sentence(Exception e) {
+        return e instanceof ClientException ? e.getMessage() : "Something unforeseen went wrong: " + e;
+    }
+}

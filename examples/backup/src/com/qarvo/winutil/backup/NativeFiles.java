@@ -1,0 +1,98 @@
+package com.qarvo.winutil.backup;
+
+import java.io.IOException;
+import java.nio.ByteBuffer;
+import java.util.function.BiConsumer;
+import java.util.function.Consumer;
+
+import com.qarvo.kel.util.WinFileList.WinFile;
+
+/**
+ * The few operations on files that this client asks of the system; {@link WindowsNativeFiles} passes them on to the
+ * native methods. Paths are absolute and separated by backslashes. A file number is what one of the two opening
+ * methods gave; it must be given back to {@link #close}.
+ */
+interface NativeFiles {
+    /**
+     * Gives the absolute form of a path from the command line.
+     *
+     * @throws ClientException when the text is no path
+     */
+    String absolutePath(String path);
+
+    /** Gives the path with links and other spellings resolved, as far as it exists. */
+    String realPath(String path);
+
+    /**
+     * Lists a directory. Attributes are always there; the link kind of an entry with
+     * {@code FILE_ATTRIBUTE_REPARSE_POINT} is only known after {@link #entry}.
+     *
+     * @param withSecurity whether security descriptors are wanted
+     * @param entries takes each entry, "." and ".." left out; entries taken before a failure are good
+     * @param errors takes path and reason of each entry whose descriptor could not be read
+     */
+    void list(String directory, boolean withSecurity, Consumer<WinFile> entries, BiConsumer<String, String> errors)
+            throws IOException;
+
+    /** Looks at one path, the link itself when it is one. */
+    WinFile entry(String path, boolean withSecurity) throws IOException;
+
+    /** Tells whether something is at a path. */
+    boolean exists(String path);
+
+    /** Gives the time of the last write in milliseconds since 1970-01-01 UTC, 0 when it cannot be read. */
+    long lastModified(String path);
+
+    /** Gives the sector size of the volume that holds a path, 0 when it is unknown. */
+    int sectorSize(String path);
+
+    /** Gives the address of a direct buffer's memory. */
+    long address(ByteBuffer directBuffer);
+
+    /** Opens a file for reading from start to end; unbuffered reading goes past the system's cache. */
+    long open(String path, boolean unbuffered) throws IOException;
+
+    /**
+     * Makes a new file and opens it for writing; never opens one that is there.
+     *
+     * @param size bytes to reserve, 0 for none; what is not written until {@link #close} is cut off again
+     */
+    long create(String path, long size) throws IOException;
+
+    /** Gives the size of an open file. */
+    long size(long file) throws IOException;
+
+    /** Reads into a direct buffer; gives the number of bytes read, -1 at the end of the file. */
+    int read(long file, ByteBuffer buffer, int offset, int length, int sectorSize) throws IOException;
+
+    /** Writes from a direct buffer. A full disk may take a part only and say nothing: compare sizes at the end. */
+    void write(long file, ByteBuffer buffer, int offset, int length, int sectorSize) throws IOException;
+
+    /** Closes an open file. */
+    void close(long file);
+
+    /** Makes sure that a closed file is on the disk, and not in a cache only. */
+    void flushToDisk(String path) throws IOException;
+
+    /** Deletes a file; tells whether it is gone. */
+    boolean delete(String path);
+
+    /** Renames a file; false when that failed, also because the new name is taken. */
+    boolean rename(String from, String to);
+
+    /** Makes one directory; false when something of that name is there. */
+    boolean makeDirectory(String path) throws IOException;
+
+    /** Sets the time of the last write; tells whether that was possible. */
+    boolean setLastModified(String path, long milliseconds);
+
+    /** Sets those attributes of a file or directory that {@link Attributes#RESTORED} names. */
+    void setAttributes(String path, int attributes) throws IOException;
+
+    /**
+     * Makes a link of one of the kinds of {@link WinFile}.
+     *
+     * @throws MissingNativeException when the library cannot make links
+     */
+    void makeLink(byte kind, String path, String target) throws IOException;
+}

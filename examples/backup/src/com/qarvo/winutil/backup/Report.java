@@ -1,0 +1,34 @@
+package com.qarvo.winutil.backup;
+
+import java.io.PrintWriter;
+
+/** Tells the user at once what was left out or differs, and counts it for the summary and the exit code. */
+final class Report {
+    private final PrintWriter err;
+    private final Progress progress;
+    private long count;
+
+    Report(PrintWriter err, Progress progress) {
+        this.err = err;
+        this.progress = progress;
+    }
+
+    void leftOut(String path, String reason) {
+        print("left out", path, reason);
+    }
+
+    void differs(String path, String reason) {
+        print("differs", path, reason);
+    }
+
+    long count() {
+        return count;
+    }
+
+    private void print(String what, String path, String reason) {
+        count++;
+        progress.clear();
+        err.println(what + ": " + Escapes.printable(path) + ": " + reason);
+        err.flush();
+    }
+}

@@ -1,0 +1,130 @@
+package com.qarvo.winutil.backup;
+
+import java.io.IOException;
+import java.util.List;
+
+import com.qarvo.kel.util.WinFileList.WinFile;
+
+/**
+ * The folder that holds a backup: {@code manifest.txt}, and below {@code data} the content of each file under a
+ * number. The manifest is written under another name and gets its own when everything is in place, so that a backup
+ * that was interrupted is never taken for a whole one.
+ */
+final class Store {
+    private static final String MANIFEST = "manifest.txt";
+    private static final String UNFINISHED_PREFIX = "manifest-unfinished-";
+    private static final String DATA = "data";
+    // A directory with millions of entries is slow on every file system.
+    private static final int FILES_PER_DIRECTORY = 1000;
+
+    private final NativeFiles files;
+    private final String path;
+    private final String unfinishedName;
+    private long lastDirectoryMade = -1;
+
+    private Store(NativeFiles files, String path) {
+        this.files = files;
+        this.path = path;
+        this.unfinishedName = UNFINISHED_PREFIX + Long.toHexString(ProcessHandle.current().pid()) + "-"
+                + Long.toHexString(System.nanoTime());
+    }
+
+    /** Makes a new store in a folder that is missing or empty. */
+    static Store create(NativeFiles files, String path) {
+        Store store = new Store(files, path);
+        if (files.exists(path)) {
+            store.refuseUnlessEmpty();
+        }
+        Folders.makeIfMissing(files, path, "store");
+        try {
+            files.makeDirectory(Names.join(path, DATA));
+        } catch (IOException | SecurityException e) {
+            throw failure(path, e);
+        }
+        return store;
+    }
+
+    /** Opens a finished store. */
+    static Store open(NativeFiles files, String path) {
+        Store store = new Store(files, path);
+        Folders.requireFolder(files, path, "store");
+        if (!files.exists(Names.join(path, MANIFEST))) {
+            throw new ClientException(store.holdsUnfinished()
+                    ? Escapes.printable(path) + " holds a backup that was not finished."
+                    : Escapes.printable(path) + " is not a store: it has no " + MANIFEST + ".");
+        }
+        return store;
+    }
+
+    String path() {
+        return path;
+    }
+
+    /** Gives the name of the manifest while it is being written; no other file in the world has it. */
+    String unfinishedName() {
+        return unfinishedName;
+    }
+
+    /** Gives the place of a content; on the way there it makes the directory, once. */
+    String placeForContent(long number) throws IOException {
+        long directory = number / FILES_PER_DIRECTORY;
+        if (directory != lastDirectoryMade) {
+            files.makeDirectory(directoryOf(number));
+            lastDirectoryMade = directory;
+        }
+        return contentPath(number);
+    }
+
+    String contentPath(long number) {
+        return Names.join(directoryOf(number), String.format("%08d", number));
+    }
+
+    NativeOutputStream startManifest() throws IOException {
+        return new NativeOutputStream(files, Names.join(path, unfinishedName));
+    }
+
+    /** Gives the manifest its name, which makes the store a whole one. */
+    void finish() throws IOException {
+        if (!files.rename(Names.join(path, unfinishedName), Names.join(path, MANIFEST))) {
+            throw new IOException("the manifest cannot be renamed from " + unfinishedName + " to " + MANIFEST);
+        }
+    }
+
+    List<ManifestEntry> readManifest() {
+        String manifest = Names.join(path, MANIFEST);
+        try (NativeInputStream in = new NativeInputStream(files, manifest)) {
+            return ManifestReader.read(in);
+        } catch (IOException e) {
+            throw new ClientException(Escapes.printable(manifest) + " cannot be used: " + Reasons.of(e), e);
+        }
+    }
+
+    /** Turns a failure to write into the sentence that ends a backup. */
+    static ClientException failure(String path, Exception cause) {
+        return new ClientException("The store " + Escapes.printable(path) + " cannot be written, and the backup is not"
+                + " finished: " + Reasons.of(cause), cause);
+    }
+
+    private String directoryOf(long number) {
+        return Names.join(Names.join(path, DATA), String.format("%05d", number / FILES_PER_DIRECTORY));
+    }
+
+    private void refuseUnlessEmpty() {
+        List<WinFile> found = Folders.entries(files, path, "store");
+        String shown = Escapes.printable(path);
+        if (files.exists(Names.join(path, MANIFEST))) {
+            throw new ClientException(shown + " already is a store; a backup needs a new or an empty folder.");
+        }
+        if (holdsUnfinished()) {
+            throw new ClientException(shown + " holds a backup that was not finished; a backup needs a new or an"
+                    + " empty folder.");
+        }
+        if (!found.isEmpty()) {
+            throw new ClientException(shown + " is not empty; a backup needs a new or an empty folder.");
+        }
+    }
+
+    private boolean holdsUnfinished() {
+        return Folders.entries(files, path, "store").stream().anyMatch(e -> e.getName().startsWith(UNFINISHED_PREFIX));
+    }
+}

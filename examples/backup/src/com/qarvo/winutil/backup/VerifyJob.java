@@ -1,0 +1,119 @@
+package com.qarvo.winutil.backup;
+
+import java.io.IOException;
+import java.time.Instant;
+import java.util.LinkedHashMap;
+import java.util.Map;
+
+import com.qarvo.kel.util.WinFileList.WinFile;
+import com.qarvo.winutil.backup.ManifestEntry.Type;
+import com.qarvo.winutil.backup.TreeWalk.Found;
+
+/** Compares a folder tree with what a store says it should be, and reports each difference. */
+final class VerifyJob implements TreeWalk.Visitor {
+    private final Job job;
+    private final Map<String, ManifestEntry> expected = new LinkedHashMap<>();
+    private final String tree;
+
+    private VerifyJob(Job job, String tree) {
+        this.job = job;
+        this.tree = tree;
+    }
+
+    static void run(Job job, String storePath, String tree) {
+        VerifyJob verify = new VerifyJob(job, tree);
+        Store store = Store.open(job.files(), storePath);
+        Folders.entries(job.files(), tree, "tree");
+        store.readManifest().forEach(entry -> verify.expected.put(entry.path(), entry));
+        new TreeWalk(job.files(), job.report(), false, tree).run(verify, job.stop());
+        verify.expected.values().forEach(entry -> verify.differs(entry.path(), "it is missing"));
+    }
+
+    @Override
+    public void directory(Found directory) {
+        job.progress().countDirectory();
+        ManifestEntry entry = take(directory, Type.DIRECTORY);
+        if (entry != null) {
+            compareTimeAndAttributes(entry, directory);
+        }
+    }
+
+    @Override
+    public void file(Found file) {
+        ManifestEntry entry = take(file, Type.FILE);
+        if (entry != null) {
+            job.progress().at(file.entry().getPath());
+            job.progress().countFile();
+            compareContent(entry, file);
+            compareTimeAndAttributes(entry, file);
+        }
+    }
+
+    @Override
+    public void link(Found link) {
+        job.progress().countLink();
+        ManifestEntry entry = take(link, Type.of(link.entry()));
+        if (entry != null && !entry.linkTarget().equals(link.entry().getLinkTarget())) {
+            differs(link.path(), "it leads to " + Escapes.printable(link.entry().getLinkTarget()) + " instead of "
+                    + Escapes.printable(entry.linkTarget()));
+        }
+    }
+
+    /** Finds the entry for what was found and crosses it off; null when there is none of this type. */
+    private ManifestEntry take(Found found, Type type) {
+        ManifestEntry entry = expected.remove(found.path());
+        if (entry == null) {
+            differs(found.path(), "it is not in the store");
+            return null;
+        }
+        if (entry.type() != type) {
+            differs(found.path(), "it is a " + type.word() + " instead of a " + entry.type().word());
+            return null;
+        }
+        return entry;
+    }
+
+    private void compareContent(ManifestEntry entry, Found found) {
+        String path = found.entry().getPath();
+        try {
+            long file = job.transfer().open(path);
+            try {
+                long size = job.files().size(file);
+                if (size != entry.size()) {
+                    differs(found.path(), "it has " + size + " bytes instead of " + entry.size());
+                } else if (!hash(file).equals(entry.sha256())) {
+                    differs(found.path(), "its content is another one");
+                }
+            } finally {
+                job.files().close(file);
+            }
+        } catch (IOException e) {
+            job.report().leftOut(path, Reasons.of(e));
+        }
+    }
+
+    private String hash(long file) throws IOException {
+        return job.transfer().read(file, (buffer, offset, length) -> { }).sha256();
+    }
+
+    private void compareTimeAndAttributes(ManifestEntry entry, Found found) {
+        WinFile entryFound = found.entry();
+        if (entryFound.getLastModified() != entry.modified()) {
+            differs(found.path(), "its time is " + time(entryFound.getLastModified()) + " instead of "
+                    + time(entry.modified()));
+        }
+        int attributes = (entryFound.getAttributes() ^ entry.attributes()) & Attributes.COMPARED;
+        if (attributes != 0) {
+            differs(found.path(), "its attributes are " + Attributes.letters(entryFound.getAttributes())
+                    + " instead of " + Attributes.letters(entry.attributes()));
+        }
+    }
+
+    private void differs(String path, String reason) {
+        job.report().differs(Names.join(tree, path), reason);
+    }
+
+    private static String time(long milliseconds) {
+        return Instant.ofEpochMilli(milliseconds).toString();
+    }
+}
