@@ -98,7 +98,7 @@ final class WinUtilLoader {
             if (beside.isFile()) {
                 return new Location(beside, null);
             }
-            lookedIn.append(folderOfJar.getAbsolutePath()).append(" (beside the jar) and in ");
+            lookedIn.append(folderOfJar.getAbsolutePath()).append(" (beside the jar) and not in ");
         }
         for (String folder : libraryPath.split(File.pathSeparator)) {
             File inPath = new File(folder.isEmpty() ? "." : folder, DLL_NAME).getAbsoluteFile();
