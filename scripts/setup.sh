@@ -10,7 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/environment.sh
 
 packages=(
-    cmake ninja-build ccache default-jdk-headless maven python3-pip unzip git
+    cmake ninja-build default-jdk-headless maven python3-pip unzip git
     g++-mingw-w64-x86-64-posix wine wine64 googletest
 )
 # What only the checks and the plots need comes with --all.

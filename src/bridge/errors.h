@@ -19,6 +19,7 @@ public:
     ErrorBuffer() noexcept { text_[0] = L'\0'; }
     ErrorBuffer(const ErrorBuffer&) = delete;
     ErrorBuffer& operator=(const ErrorBuffer&) = delete;
+    ~ErrorBuffer() = default;
 
     wchar_t* text() noexcept { return text_; }
     bool empty() const noexcept { return text_[0] == L'\0'; }

@@ -1,5 +1,6 @@
 #include "bridge/optional_functions.h"
 
+#include <bit>
 #include <cwchar>
 #include <iterator>
 
@@ -17,10 +18,7 @@ HMODULE kernel32 = nullptr;
 
 template <class Function>
 void resolve(Function& entry, HMODULE module, const char* name) noexcept {
-    // By way of void*: compilers warn of a cast straight from one function type to another.
-    entry = module == nullptr
-                ? nullptr
-                : reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    entry = module == nullptr ? nullptr : std::bit_cast<Function>(GetProcAddress(module, name));
 }
 
 template <class Function>

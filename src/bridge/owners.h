@@ -96,7 +96,7 @@ template <class T>
 struct HeapMemoryKind {
     using Value = T*;
     static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { std::free(value); }
+    static void close(Value value) noexcept { std::free(static_cast<void*>(value)); }
 };
 template <class T>
 using HeapMemory = Owned<HeapMemoryKind<T>>;

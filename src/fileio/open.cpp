@@ -23,34 +23,6 @@ HANDLE openOnce(const wchar_t* path, DWORD access, DWORD share, DWORD dispositio
     return file;
 }
 
-// Moves a cell with an open handle and a copy of the path into a new record.
-HeapMemory<OpenFileRecord> makeRecord(const wchar_t* path, HandleCell& cell) noexcept {
-    WideString pathCopy = copyText(path, std::wcslen(path));
-    HeapMemory<OpenFileRecord> record = allocate<OpenFileRecord>(1);
-    if (!pathCopy || !record) {
-        return {};
-    }
-    *record.get() = {};
-    record.get()->path = pathCopy.release();
-    record.get()->handleCell = cell.release();
-    return record;
-}
-
-// Reads the size of a record's file and hands the record out. Where the size cannot be read, the record is
-// given up as it is, handle, cell, path copy and all: that leak is accepted.
-OpenFileRecord* finishRecord(JNIEnv* env, HeapMemory<OpenFileRecord> record) noexcept {
-    LARGE_INTEGER size;
-    if (!GetFileSizeEx(record.get()->handle(), &size)) {
-        ErrorBuffer message;
-        formatWin32Error(L"GetFileSizeEx", GetLastError(), message.text(), ErrorBuffer::capacity);
-        throwIOException(env, message.text());
-        (void)record.release();
-        return nullptr;
-    }
-    record.get()->fileSize = size.QuadPart;
-    return record.release();
-}
-
 // Raises the exception of a failed open; formats its message unless a worker has left one.
 OpenFileRecord* failOpen(JNIEnv* env, const wchar_t* tag, DWORD code, ErrorBuffer& message) noexcept {
     if (message.empty()) {
@@ -58,6 +30,32 @@ OpenFileRecord* failOpen(JNIEnv* env, const wchar_t* tag, DWORD code, ErrorBuffe
     }
     throwOpenError(env, code, message.text());
     return nullptr;
+}
+
+// Moves a cell with an open handle and a copy of the path into a new record that begins as `fields`, and
+// hands it out. Where the size cannot be read, the record is given up as it is, handle, cell, path copy and
+// all: that leak is accepted.
+OpenFileRecord* makeRecord(JNIEnv* env, const wchar_t* tag, const wchar_t* path, HandleCell cell,
+                           const OpenFileRecord& fields) noexcept {
+    WideString pathCopy = copyText(path, std::wcslen(path));
+    HeapMemory<OpenFileRecord> record = allocate<OpenFileRecord>(1);
+    ErrorBuffer message;
+    if (!pathCopy || !record) {
+        cell.reset();
+        return failOpen(env, tag, ERROR_NOT_ENOUGH_MEMORY, message);
+    }
+    OpenFileRecord* made = record.release();
+    *made = fields;
+    made->path = pathCopy.release();
+    made->handleCell = cell.release();
+    LARGE_INTEGER size;
+    if (!GetFileSizeEx(made->handle(), &size)) {
+        formatWin32Error(L"GetFileSizeEx", GetLastError(), message.text(), ErrorBuffer::capacity);
+        throwIOException(env, message.text());  // NOLINT(clang-analyzer-unix.Malloc): see above
+        return nullptr;
+    }
+    made->fileSize = size.QuadPart;
+    return made;
 }
 
 }  // namespace
@@ -110,15 +108,8 @@ OpenFileRecord* createFile(JNIEnv* env, const wchar_t* path, DWORD access, DWORD
             return failOpen(env, L"createFileN", code, message);
         }
     }
-    HeapMemory<OpenFileRecord> record = makeRecord(path, cell);
-    if (!record) {
-        cell.reset();
-        return failOpen(env, L"createFileN", ERROR_NOT_ENOUGH_MEMORY, message);
-    }
-    record.get()->flags = flags;
-    record.get()->access = access;
-    record.get()->preallocatedSize = size;
-    return finishRecord(env, std::move(record));
+    const OpenFileRecord fields{.flags = flags, .access = access, .preallocatedSize = size};
+    return makeRecord(env, L"createFileN", path, std::move(cell), fields);
 }
 
 OpenFileRecord* openFile(JNIEnv* env, const wchar_t* path) noexcept {
@@ -129,12 +120,7 @@ OpenFileRecord* openFile(JNIEnv* env, const wchar_t* path) noexcept {
         cell.reset();
         return failOpen(env, L"openFile", code, message);
     }
-    HeapMemory<OpenFileRecord> record = makeRecord(path, cell);
-    if (!record) {
-        cell.reset();
-        return failOpen(env, L"openFile", ERROR_NOT_ENOUGH_MEMORY, message);
-    }
-    return finishRecord(env, std::move(record));
+    return makeRecord(env, L"openFile", path, std::move(cell), {});
 }
 
 void closeFile(OpenFileRecord* record) noexcept {

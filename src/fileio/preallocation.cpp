@@ -16,7 +16,7 @@ namespace {
 // FileEndOfFileInformation of FILE_INFORMATION_CLASS, which the user-mode headers leave out.
 constexpr int fileEndOfFileInformation = 20;
 
-constexpr std::int64_t probeSize = 1024 * 1024;
+constexpr std::int64_t probeSize = std::int64_t{1024} * 1024;
 
 constexpr DWORD readOnlyFlags = FILE_FLAG_BACKUP_SEMANTICS | FILE_ATTRIBUTE_READONLY;
 static_assert(readOnlyFlags == 0x2000001);

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Sets up what is missing and builds the release preset: the DLL, the jar, the example and the tests.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+# shellcheck source=scripts/environment.sh
+. scripts/environment.sh
+scripts/setup.sh "$@"
+cmake --preset mingw-release >build-configure.log 2>&1 || { cat build-configure.log; exit 1; }
+rm -f build-configure.log
+cmake --build --preset mingw-release
