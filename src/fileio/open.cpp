@@ -50,8 +50,9 @@ OpenFileRecord* makeRecord(JNIEnv* env, const wchar_t* tag, const wchar_t* path,
     made->handleCell = cell.release();
     LARGE_INTEGER size;
     if (!GetFileSizeEx(made->handle(), &size)) {
+        // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): given up on purpose, see above
         formatWin32Error(L"GetFileSizeEx", GetLastError(), message.text(), ErrorBuffer::capacity);
-        throwIOException(env, message.text());  // NOLINT(clang-analyzer-unix.Malloc): see above
+        throwIOException(env, message.text());
         return nullptr;
     }
     made->fileSize = size.QuadPart;
