@@ -93,7 +93,7 @@ public final class Win32 {
     /** Access mode: removes what the account has. */
     public static final int REVOKE_ACCESS = 4;
 
-    /** Raw encrypted files: open for export, that is for backup. */
+    /** Raw encrypted files: open for export, that is for backup; the absence of the import flags. */
     public static final long OPEN_FOR_EXPORT = 0;
     /** Raw encrypted files: open for import, that is for restore. */
     public static final long CREATE_FOR_IMPORT = 1;
