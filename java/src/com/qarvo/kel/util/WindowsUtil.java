@@ -172,7 +172,7 @@ public class WindowsUtil {
      * @param record the record of a file opened for writing
      * @param endOfFile the new size in bytes
      * @return true; false when this Windows lacks the function for it
-     * @throws IOException when the system refuses
+     * @throws IOException when the system refuses; code 6 for a record of 0 or less
      */
     public native boolean setFileEndOfFileInfo(long record, long endOfFile) throws IOException;
 
@@ -276,7 +276,7 @@ public class WindowsUtil {
      *
      * @param record the record of an open file
      * @return the size in bytes
-     * @throws IOException when the system refuses; its message is empty
+     * @throws IOException with an empty message when the system refuses; code 6 for a record of 0 or less
      */
     public native long getFileSize(long record) throws IOException;
 
