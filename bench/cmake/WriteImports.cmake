@@ -1,0 +1,16 @@
+# Writes a C source that refers to every function that a DLL imports, so that a DLL made of it imports the same.
+#   cmake -DOBJDUMP=... -DLIBRARY=... -DOUTPUT=... -P WriteImports.cmake
+execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY} OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "\n\t[0-9a-f]+\t +[0-9]+  [A-Za-z_][A-Za-z0-9_]*" lines "${dump}")
+list(LENGTH lines count)
+if(count LESS 10)
+    message(FATAL_ERROR "${LIBRARY}: found ${count} imports, which cannot be all")
+endif()
+set(declarations "")
+set(entries "")
+foreach(line IN LISTS lines)
+    string(REGEX REPLACE ".* " "" name "${line}")
+    string(APPEND declarations "extern const char __imp_${name}[];\n")
+    string(APPEND entries "    __imp_${name},\n")
+endforeach()
+file(WRITE ${OUTPUT} "${declarations}\n__declspec(dllexport) const char* const imports[] = {\n${entries}};\n")
