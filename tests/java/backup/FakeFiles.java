@@ -1,0 +1,366 @@
+package com.qarvo.winutil.backup;
+
+import java.io.ByteArrayOutputStream;
+import java.io.FileNotFoundException;
+import java.io.IOException;
+import java.nio.ByteBuffer;
+import java.nio.charset.StandardCharsets;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.HashMap;
+import java.util.HashSet;
+import java.util.List;
+import java.util.Map;
+import java.util.Set;
+import java.util.TreeMap;
+import java.util.function.BiConsumer;
+import java.util.function.Consumer;
+
+import com.qarvo.dov.io.DiskFullException;
+import com.qarvo.kel.util.Win32;
+import com.qarvo.kel.util.WinFileList.WinFile;
+
+/** A disk in memory that behaves as Windows does, notes what is done to it, and fails where a test wants it to. */
+final class FakeFiles implements NativeFiles {
+    static final int SECTOR = 512;
+    static final String SDDL = "O:BAG:SYD:(A;;FA;;;SY)";
+
+    /** What is at a path. */
+    static final class Node {
+        String path;
+        boolean directory;
+        byte[] content = new byte[0];
+        long modified;
+        int attributes;
+        byte kind;
+        String target = "";
+    }
+
+    private static final class Handle {
+        Node node;
+        int position;
+        boolean unbuffered;
+        boolean writable;
+        long reserved;
+    }
+
+    /** What was done, as "verb path". */
+    final List<String> calls = new ArrayList<>();
+    /** Paths that do not open, list or give their descriptor. */
+    final Set<String> unreadable = new HashSet<>();
+    final Set<String> unlistable = new HashSet<>();
+    final Set<String> withoutSecurity = new HashSet<>();
+    /** Paths whose reading fails after the first block. */
+    final Set<String> failingReads = new HashSet<>();
+    /** Run after the first block of a path was read. */
+    final Map<String, Runnable> whileReading = new HashMap<>();
+    /** Other spellings of paths, for realPath. */
+    final Map<String, String> aliases = new HashMap<>();
+    /** Folders that show the entries of another one. */
+    final Map<String, String> mirrors = new HashMap<>();
+    long freeBytes = Long.MAX_VALUE;
+    boolean silentShortWrites;
+    boolean renameFails;
+    boolean timesFail;
+    boolean makesLinks;
+    boolean linksVanish;
+    int sectorSize = SECTOR;
+
+    private final Map<String, Node> nodes = new TreeMap<>(String.CASE_INSENSITIVE_ORDER);
+    private final Map<Long, Handle> handles = new HashMap<>();
+    private long nextHandle = 1;
+
+    FakeFiles() {
+        addDirectory("C:");
+    }
+
+    Node addDirectory(String path) {
+        return add(path, true, new byte[0], Win32.FILE_ATTRIBUTE_DIRECTORY);
+    }
+
+    Node addFile(String path, String content) {
+        return add(path, false, content.getBytes(StandardCharsets.UTF_8), Win32.FILE_ATTRIBUTE_ARCHIVE);
+    }
+
+    Node addLink(String path, byte kind, String target) {
+        boolean directory = kind != WinFile.FILE_SYMBOLIC_LINK && kind != WinFile.FILE;
+        Node node = add(path, directory, new byte[0], Win32.FILE_ATTRIBUTE_REPARSE_POINT
+                | (directory ? Win32.FILE_ATTRIBUTE_DIRECTORY : 0));
+        node.kind = kind;
+        node.target = target;
+        return node;
+    }
+
+    Node node(String path) {
+        return nodes.get(path);
+    }
+
+    String text(String path) {
+        return new String(nodes.get(path).content, StandardCharsets.UTF_8);
+    }
+
+    /** All paths below a folder, without the folder itself. */
+    List<String> below(String folder) {
+        return nodes.values().stream().map(n -> n.path).filter(p -> p.startsWith(folder + "\\")).toList();
+    }
+
+    int openHandles() {
+        return handles.size();
+    }
+
+    private Node add(String path, boolean directory, byte[] content, int attributes) {
+        Node node = new Node();
+        node.path = path;
+        node.directory = directory;
+        node.content = content;
+        node.attributes = attributes;
+        node.kind = directory ? WinFile.DIRECTORY : WinFile.FILE;
+        node.modified = 1_000_000L + nodes.size();
+        nodes.put(path, node);
+        return node;
+    }
+
+    private Node find(String path) throws FileNotFoundException {
+        Node node = nodes.get(path.endsWith("\\") ? path.substring(0, path.length() - 1) : path);
+        if (node == null) {
+            throw new FileNotFoundException("");
+        }
+        return node;
+    }
+
+    private static void require(boolean condition, String message) throws IOException {
+        if (!condition) {
+            throw new IOException(message);
+        }
+    }
+
+    @Override
+    public String absolutePath(String path) {
+        return path.startsWith("C:") ? path : "C:\\" + path;
+    }
+
+    @Override
+    public String realPath(String path) {
+        return aliases.getOrDefault(path, path);
+    }
+
+    @Override
+    public void list(String directory, boolean withSecurity, Consumer<WinFile> entries,
+            BiConsumer<String, String> errors) throws IOException {
+        require(!unlistable.contains(directory), "Access denied.\r\n");
+        Node folder = find(directory);
+        require(folder.directory, "The directory name is invalid.");
+        String shown = mirrors.getOrDefault(directory, directory);
+        String prefix = shown.endsWith("\\") ? shown : shown + "\\";
+        for (Node node : List.copyOf(nodes.values())) {
+            if (!node.path.startsWith(prefix) || node.path.indexOf('\\', prefix.length()) >= 0) {
+                continue;
+            }
+            boolean secret = withSecurity && withoutSecurity.contains(node.path);
+            if (secret) {
+                errors.accept(node.path, "Access denied.\r\n");
+            }
+            entries.accept(new WinFile(Names.join(directory, node.path.substring(prefix.length())), node.directory,
+                    node.content.length, node.modified, node.attributes, withSecurity && !secret ? SDDL : "",
+                    (node.attributes & Win32.FILE_ATTRIBUTE_REPARSE_POINT) != 0));
+        }
+    }
+
+    @Override
+    public WinFile entry(String path, boolean withSecurity) throws IOException {
+        Node node = find(path);
+        return new WinFile(path, node.directory, node.content.length, node.modified, node.attributes,
+                withSecurity && !withoutSecurity.contains(path) ? SDDL : "", node.kind, node.target);
+    }
+
+    @Override
+    public boolean exists(String path) {
+        try {
+            Node node = find(path);
+            return node.directory || !path.endsWith("\\");
+        } catch (FileNotFoundException e) {
+            return false;
+        }
+    }
+
+    @Override
+    public long lastModified(String path) {
+        return nodes.containsKey(path) ? nodes.get(path).modified : 0;
+    }
+
+    @Override
+    public int sectorSize(String path) {
+        return sectorSize;
+    }
+
+    @Override
+    public long address(ByteBuffer directBuffer) {
+        // Whatever the JVM gives: a start that is on no sector's boundary.
+        return 0x7F0000000018L;
+    }
+
+    @Override
+    public long open(String path, boolean unbuffered) throws IOException {
+        Node node = find(path);
+        require(!unreadable.contains(path), "[CreateFileW] (32) Sharing violation.\r\n");
+        calls.add("open " + path);
+        Handle handle = new Handle();
+        handle.node = node;
+        handle.unbuffered = unbuffered;
+        handles.put(nextHandle, handle);
+        return nextHandle++;
+    }
+
+    @Override
+    public long create(String path, long size) throws IOException {
+        require(!nodes.containsKey(path), "[CreateFileW] (80) File exists.\r\n");
+        require(nodes.containsKey(Names.parent(path)), "[CreateFileW] (3) Path not found.\r\n");
+        calls.add("create " + path + " " + size);
+        Node node = addFile(path, "");
+        if (size > freeBytes) {
+            throw new DiskFullException("[createFileN] (112) Disk full.\r\n");
+        }
+        Handle handle = new Handle();
+        handle.node = node;
+        handle.writable = true;
+        handle.reserved = size;
+        node.content = new byte[(int) size];
+        handles.put(nextHandle, handle);
+        return nextHandle++;
+    }
+
+    @Override
+    public long size(long file) {
+        return handles.get(file).node.content.length;
+    }
+
+    @Override
+    public int read(long file, ByteBuffer buffer, int offset, int length, int sector) throws IOException {
+        Handle handle = handles.get(file);
+        if (handle.unbuffered) {
+            require((address(buffer) + offset) % sectorSize == 0 && length % sectorSize == 0 && sector == sectorSize,
+                    "[ReadFile] (87) Invalid parameter.\r\n");
+        }
+        require(handle.position == 0 || !failingReads.contains(handle.node.path), "[ReadFile] (23) Data error.\r\n");
+        int count = Math.min(length, handle.node.content.length - handle.position);
+        if (count <= 0) {
+            return -1;
+        }
+        // Natives see the memory only, not the limit.
+        buffer.duplicate().clear().put(offset, handle.node.content, handle.position, count);
+        handle.position += count;
+        Runnable hook = whileReading.get(handle.node.path);
+        if (hook != null && handle.position == count) {
+            hook.run();
+        }
+        return count;
+    }
+
+    @Override
+    public void write(long file, ByteBuffer buffer, int offset, int length, int sector) throws IOException {
+        Handle handle = handles.get(file);
+        require(handle.writable, "[WriteFile] (5) Access denied.\r\n");
+        int taken = (int) Math.min(length, freeBytes);
+        if (taken < length && !silentShortWrites) {
+            throw new DiskFullException("[WriteFile] (112) Disk full.\r\n");
+        }
+        byte[] bytes = new byte[taken];
+        buffer.duplicate().clear().get(offset, bytes);
+        ByteArrayOutputStream content = new ByteArrayOutputStream();
+        content.write(handle.node.content, 0, handle.position);
+        content.write(bytes, 0, taken);
+        byte[] rest = handle.node.content;
+        if (content.size() < rest.length) {
+            content.write(rest, content.size(), rest.length - content.size());
+        }
+        handle.node.content = content.toByteArray();
+        handle.position += taken;
+        freeBytes -= taken;
+        calls.add("write " + handle.node.path);
+    }
+
+    @Override
+    public void close(long file) {
+        Handle handle = handles.remove(file);
+        if (handle == null) {
+            throw new IllegalStateException("closed twice");
+        }
+        if (handle.reserved > 0) {
+            handle.node.content = Arrays.copyOf(handle.node.content, handle.position);
+        }
+        calls.add("close " + handle.node.path);
+    }
+
+    @Override
+    public void flushToDisk(String path) {
+        calls.add("flush " + path);
+    }
+
+    @Override
+    public boolean delete(String path) {
+        Node node = nodes.get(path);
+        if (node == null || node.directory || handles.values().stream().anyMatch(h -> h.node == node)) {
+            return false;
+        }
+        calls.add("delete " + path);
+        nodes.remove(path);
+        return true;
+    }
+
+    @Override
+    public boolean rename(String from, String to) {
+        if (renameFails || nodes.containsKey(to)) {
+            return false;
+        }
+        calls.add("rename " + from + " " + to);
+        Node node = nodes.remove(from);
+        node.path = to;
+        nodes.put(to, node);
+        return true;
+    }
+
+    @Override
+    public boolean makeDirectory(String path) throws IOException {
+        if (nodes.containsKey(path)) {
+            return false;
+        }
+        if (freeBytes == 0) {
+            throw new DiskFullException("[createDir] (112) Disk full.\r\n, '" + path + "'");
+        }
+        if (unreadable.contains(path)) {
+            throw new SecurityException("[createDir] (5) Access denied.\r\n, '" + path + "'");
+        }
+        calls.add("mkdir " + path);
+        addDirectory(path);
+        return true;
+    }
+
+    @Override
+    public boolean setLastModified(String path, long milliseconds) {
+        Node node = nodes.get(path);
+        if (timesFail || node == null || (node.attributes & Win32.FILE_ATTRIBUTE_READONLY) != 0) {
+            return false;
+        }
+        calls.add("time " + path);
+        node.modified = milliseconds;
+        return true;
+    }
+
+    @Override
+    public void setAttributes(String path, int attributes) throws IOException {
+        Node node = find(path);
+        calls.add("attributes " + path);
+        node.attributes = node.attributes & ~Attributes.RESTORED | attributes;
+    }
+
+    @Override
+    public void makeLink(byte kind, String path, String target) throws IOException {
+        if (!makesLinks) {
+            throw new MissingNativeException("links cannot be made here");
+        }
+        calls.add("link " + path);
+        if (!linksVanish) {
+            addLink(path, kind, target);
+        }
+    }
+}

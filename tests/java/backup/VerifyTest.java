@@ -1,0 +1,128 @@
+package com.qarvo.winutil.backup;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import com.qarvo.kel.util.WinFileList.WinFile;
+
+import org.junit.jupiter.api.AfterEach;
+import org.junit.jupiter.api.BeforeEach;
+import org.junit.jupiter.api.Test;
+
+class VerifyTest {
+    private final Bed bed = new Bed().withSource();
+    private final FakeFiles files = bed.files;
+
+    @BeforeEach
+    void backUp() {
+        files.addLink("C:\\src\\j", WinFile.JUNCTION, "C:\\elsewhere");
+        files.makesLinks = true;
+        bed.backup();
+    }
+
+    @AfterEach
+    void noFileIsLeftOpen() {
+        assertEquals(0, files.openHandles());
+    }
+
+    @Test
+    void findsNoDifferenceInTheSourceAndInARestoredTree() {
+        bed.restore();
+
+        for (String tree : new String[] {"C:\\src", "C:\\out"}) {
+            Bed.Result result = bed.verify(tree);
+            assertEquals(0, result.code(), result.err());
+            assertTrue(result.out().startsWith("Compared 3 files, 2 folders, 1 links, 9 bytes "), result.out());
+            assertTrue(result.out().contains("; nothing different or unreadable."), result.out());
+        }
+    }
+
+    @Test
+    void findsAnotherContentOfTheSameSize() {
+        files.node("C:\\src\\a.txt").content = "ALPHA".getBytes();
+
+        expectDifference("C:\\src\\a.txt: its content is another one");
+    }
+
+    @Test
+    void findsAnotherSize() {
+        files.node("C:\\src\\a.txt").content = "alphabet".getBytes();
+
+        expectDifference("C:\\src\\a.txt: it has 8 bytes instead of 5");
+    }
+
+    @Test
+    void findsAnotherTimeToTheMillisecond() {
+        files.node("C:\\src\\sub").modified = 1;
+        bed.files.node("C:\\src\\a.txt").modified = 0;
+
+        Bed.Result result = bed.verify("C:\\src");
+
+        assertTrue(result.err().contains("differs: C:\\src\\a.txt: its time is 1970-01-01T00:00:00Z instead of "),
+                result.err());
+        assertTrue(result.err().contains("differs: C:\\src\\sub: its time is 1970-01-01T00:00:00.001Z instead of "),
+                result.err());
+        assertTrue(result.out().contains("; 2 different or unreadable."), result.out());
+    }
+
+    @Test
+    void findsOtherAttributesButNotTheArchiveBit() {
+        files.node("C:\\src\\a.txt").attributes = 0;
+        files.node("C:\\src\\sub\\b.txt").attributes |= 1;
+
+        expectDifference("C:\\src\\sub\\b.txt: its attributes are --r--a-- instead of -----a--");
+    }
+
+    @Test
+    void findsWhatIsMissing() {
+        files.delete("C:\\src\\a.txt");
+
+        expectDifference("C:\\src\\a.txt: it is missing");
+    }
+
+    @Test
+    void findsWhatIsNotInTheStore() {
+        files.addFile("C:\\src\\sub\\new", "x");
+
+        expectDifference("C:\\src\\sub\\new: it is not in the store");
+    }
+
+    @Test
+    void findsAFileInPlaceOfADirectory() {
+        files.delete("C:\\src\\a.txt");
+        files.addDirectory("C:\\src\\a.txt");
+
+        expectDifference("C:\\src\\a.txt: it is a directory instead of a file");
+    }
+
+    @Test
+    void findsALinkThatLeadsElsewhere() {
+        files.node("C:\\src\\j").target = "C:\\other";
+
+        expectDifference("C:\\src\\j: it leads to C:\\other instead of C:\\elsewhere");
+    }
+
+    @Test
+    void findsALinkOfAnotherKind() {
+        files.node("C:\\src\\j").kind = WinFile.DIRECTORY_SYMBOLIC_LINK;
+
+        expectDifference("C:\\src\\j: it is a directory-link instead of a junction");
+    }
+
+    @Test
+    void reportsWhatItCannotRead() {
+        files.unreadable.add("C:\\src\\a.txt");
+
+        Bed.Result result = bed.verify("C:\\src");
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\src\\a.txt: [CreateFileW] (32) Sharing violation.\n", result.err());
+    }
+
+    private void expectDifference(String line) {
+        Bed.Result result = bed.verify("C:\\src");
+
+        assertEquals("differs: " + line + "\n", result.err());
+        assertEquals(1, result.code());
+    }
+}
