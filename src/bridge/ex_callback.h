@@ -2,6 +2,10 @@
 
 #include <jni.h>
 
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
 namespace winutil {
 
 // Carries failures on single items to the Java listener of one native call, which goes on with its work. Made
@@ -13,6 +17,11 @@ public:
     CExCallback(const CExCallback&) = delete;
     CExCallback& operator=(const CExCallback&) = delete;
     virtual ~CExCallback() = default;
+
+    // Straight from malloc: the run time's own `new` throws inside, and would bring the whole unwinder into
+    // the library.
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
+    static void operator delete(void* memory) noexcept { std::free(memory); }
 
     // Calls the listener's fireFileErrorEvent(path, message) and returns whether Java was called; the
     // exception that the listener threw is then pending. Does nothing without a listener. When the listener
