@@ -1,0 +1,205 @@
+#!/usr/bin/env python3
+"""Runs the end-to-end tests in a Windows JVM under Wine, with its natives checked, and judges the run.
+
+Beside the tests' own report, which run_suite.py describes, RESULTS/java-endtoend-gate.xml says: the JVM did not crash,
+checked mode had no complaint about our class, each exported native was called at least once, and the gate sees
+complaints when there are some.
+"""
+
+import argparse
+import contextlib
+import ctypes
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import checked_jni
+import run_suite
+from run_suite import Case
+
+NAME = 'java-endtoend'
+MANY_ENTRIES = 50000
+VOLUME_BYTES = 1 << 20
+VOLUME_NAMES = 64
+NATIVE_PREFIX = 'Java_com_qarvo_kel_util_WindowsUtil_'
+VIOLATIONS = {
+    'exists': 'JNI call made without checking exceptions',
+    'isDir': 'WARNING: JNI local refs',
+    'mkdir': 'FATAL ERROR in native method',
+    'getFileAttr': 'bad class descriptor',
+}
+
+
+def windows(path):
+    """The name that a Windows program has for a file of this machine."""
+    return 'Z:' + str(pathlib.Path(path).absolute()).replace('/', '\\')
+
+
+def wine_environment(prefix):
+    env = dict(os.environ)
+    env.setdefault('WINEPREFIX', prefix)
+    env.setdefault('WINEDEBUG', '-all')
+    env.setdefault('WINEARCH', 'win64')
+    env.setdefault('WINEDLLOVERRIDES', 'mscoree,mshtml=')
+    # Without a UTF-8 locale Wine cannot name half of the files of the tests.
+    env['LC_ALL'] = 'C.UTF-8'
+    env.pop('DISPLAY', None)
+    return env
+
+
+def many_entries(folder):
+    """Made from here: under Wine a new file costs in proportion to its directory."""
+    folder.mkdir()
+    for i in range(MANY_ENTRIES):
+        os.close(os.open(folder / f'entry {i:05}.txt', os.O_CREAT | os.O_WRONLY, 0o644))
+
+
+@contextlib.contextmanager
+def link_in(devices, name, target):
+    """A link in the prefix's folder of devices for as long as the run takes."""
+    link = devices / name
+    link.parent.mkdir(parents=True, exist_ok=True)
+    link.symlink_to(target)
+    try:
+        yield
+    finally:
+        link.unlink()
+
+
+@contextlib.contextmanager
+def small_volume(folder, devices):
+    """A small file system as a drive of its own; gives its root, or None where mounting is not allowed."""
+    folder.mkdir()
+    libc = ctypes.CDLL(None, use_errno=True)
+    if libc.mount(b'none', os.fsencode(folder), b'tmpfs', 0, f'size={VOLUME_BYTES},nr_inodes={VOLUME_NAMES}'.encode()) != 0:
+        print(f'{NAME}: no small volume, mounting failed: {os.strerror(ctypes.get_errno())}')
+        yield None
+        return
+    try:
+        taken = {entry.name.lower() for entry in devices.iterdir()}
+        letter = next(letter for letter in 'vwxtsrqponmlkjihgfe' if f'{letter}:' not in taken)
+        with link_in(devices, f'{letter}:', folder):
+            yield f'{letter.upper()}:\\'
+    finally:
+        libc.umount2(os.fsencode(folder), 2)  # MNT_DETACH: a file that a dead JVM left open must not keep it
+
+
+def exported_natives(objdump, library):
+    """The names in the DLL's export table, without the prefix that all of them have."""
+    text = subprocess.run([objdump, '-p', library], capture_output=True, text=True, check=True).stdout
+    table = text[text.index('[Ordinal/Name Pointer] Table'):]
+    names = re.findall(r'^\s*\[\s*\d+\](?:\s+\+base\[\s*\d+\])?(?:\s+[0-9a-f]+)?\s+(\S+)$', table, re.MULTILINE)
+    return sorted(name[len(NATIVE_PREFIX):] for name in names if name.startswith(NATIVE_PREFIX))
+
+
+def never_called(exported, resolve_log):
+    """The exports that no call ever bound. The JVM tells of a binding by name alone, so overloads are told by number."""
+    text = resolve_log.read_text('utf-8', 'replace') if resolve_log.exists() else ''
+    bound = re.findall(r'Dynamic-linking native method com\.qarvo\.kel\.util\.WindowsUtil\.(\w+) ', text)
+    missing = []
+    for name in sorted({export.split('__')[0] for export in exported}):
+        overloads = [export for export in exported if export.split('__')[0] == name]
+        if bound.count(name) < len(overloads):
+            missing.append(f'{name}: {bound.count(name)} of {len(overloads)}')
+    return missing
+
+
+def gate_is_awake(java, options, env):
+    """Has each deliberate violation committed in a JVM of its own and looks whether the gate reports it."""
+    cases = []
+    for native, expected in VIOLATIONS.items():
+        log = options.logs / f'violation-{native}.log'
+        run_suite.run(java + [f'-Dwinutil.library={windows(options.violation)}', f'-XX:ErrorFile={windows(log)}.hs_err',
+                              'com.qarvo.kel.util.endtoend.Violator', native], log, env, 60)
+        found = checked_jni.complaints(log.read_text('utf-8', 'replace'))
+        seen = len(found) == 1 and expected in found[0]
+        cases.append(Case(f'the gate sees the violation in {native}',
+                          None if seen else f'expected "{expected}" once, found {found}\n{run_suite.tail(log)}'))
+    return cases
+
+
+def judge(options, log, resolve_log, crashes):
+    output = log.read_text('utf-8', 'replace')
+    found = checked_jni.complaints(output)
+    exported = exported_natives(options.objdump, options.library)
+    missing = never_called(exported, resolve_log)
+    crash_text = '\n'.join(run_suite.tail(file, 200) for file in crashes)
+    return [
+        Case('the JVM does not crash', crash_text or None),
+        Case('checked mode has no complaint about our class', '\n\n'.join(found) or None),
+        Case('the export table is read', None if exported else f'no natives found in {options.library}'),
+        Case('every exported native is called', 'never called: ' + ', '.join(missing) if missing else None),
+    ]
+
+
+def run_tests(options, env, java, work, devices):
+    """Runs the suite with what it needs around it. Returns whether its tests passed, and the gate's cases."""
+    log = options.logs / f'{NAME}.log'
+    resolve_log = options.logs / 'natives-called.log'
+    for old in [*options.logs.glob('hs_err_*.log'), resolve_log]:
+        old.unlink(missing_ok=True)
+    many_entries(work / 'many')
+    (work / 'share').mkdir()
+    (work / 'links' / 'target').mkdir(parents=True)
+    (work / 'links' / 'link').symlink_to('target')
+    server = f'winutil-{os.getpid()}'
+    with small_volume(work / 'volume', devices) as volume, link_in(devices, f'unc/{server}/share', work / 'share'):
+        properties = {
+            'winutil.library': windows(options.library),
+            'winutil.test.work': windows(work),
+            'winutil.test.many': windows(work / 'many'),
+            'winutil.test.links': windows(work / 'links'),
+            'winutil.test.share': f'\\\\{server}\\share',
+            'winutil.test.variants': windows(options.variants),
+        }
+        if volume:
+            properties['winutil.test.volume'] = volume
+        # The log's name without its drive: a colon separates the log's options.
+        command = java + [f'-Xlog:jni+resolve=debug:file={windows(resolve_log)[2:]}:none:filecount=0',
+                          f'-XX:ErrorFile={windows(options.logs)}\\hs_err_%p.log']
+        command += [f'-D{key}={value}' for key, value in properties.items()]
+        command += run_suite.console(windows(options.tests), windows(work / 'reports'))
+        code = run_suite.run(command, log, env)
+    good = run_suite.collect(work / 'reports', options.results / f'{NAME}.xml', NAME, code, log)
+    return good, judge(options, log, resolve_log, list(options.logs.glob('hs_err_*.log')))
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument('--java', required=True, help='java.exe of a Windows JDK or JRE')
+    parser.add_argument('--library', required=True, help='WinUtil64.dll')
+    parser.add_argument('--violation', required=True, help='the DLL that breaks the rules')
+    parser.add_argument('--tests', required=True, help='the jar with the test classes')
+    parser.add_argument('--class-path', nargs='+', required=True)
+    parser.add_argument('--variants', required=True, help='folder of the jars that replace classes of the library')
+    parser.add_argument('--objdump', required=True)
+    parser.add_argument('--prefix', required=True, help='the Wine prefix, unless WINEPREFIX names one')
+    parser.add_argument('--results', type=pathlib.Path, required=True)
+    parser.add_argument('--logs', type=pathlib.Path, required=True)
+    options = parser.parse_args()
+    for folder in (options.results, options.logs):
+        folder.mkdir(parents=True, exist_ok=True)
+    env = wine_environment(options.prefix)
+    devices = pathlib.Path(env['WINEPREFIX']) / 'dosdevices'
+    java = ['wine', options.java, '-Xcheck:jni', '-ea', '-Dfile.encoding=UTF-8', '-cp',
+            ';'.join(windows(jar) for jar in options.class_path)]
+    work = pathlib.Path(tempfile.mkdtemp(prefix='endtoend-', dir=options.logs))
+    try:
+        good, cases = run_tests(options, env, java, work, devices)
+    finally:
+        shutil.rmtree(work)
+    cases += gate_is_awake(java, options, env)
+    run_suite.write_cases(options.results / f'{NAME}-gate.xml', f'{NAME}-gate', cases)
+    failed = [case for case in cases if case.failure is not None]
+    print(f'{NAME}-gate: {len(cases)} checks, {len(failed)} failed')
+    for case in failed:
+        print(f'{NAME}-gate: FAILED: {case.name}\n{case.failure}')
+    return 0 if good and not failed else 1
+
+
+if __name__ == '__main__':
+    sys.exit(main())
