@@ -125,7 +125,8 @@ class BackupTest {
         Bed.Result result = bed.backup();
 
         assertEquals(1, result.code());
-        assertEquals("left out: C:\\src\\a.txt: its security descriptor cannot be read: Access denied.\n", result.err());
+        assertEquals("left out: C:\\src\\a.txt: its security descriptor cannot be read: Access denied.\n",
+                result.err());
         assertEquals("", entry("a.txt").security());
     }
 
@@ -163,6 +164,17 @@ class BackupTest {
         assertEquals("left out: C:\\src\\a.txt: it changed while it was being read\n", result.err());
         assertNull(entry("a.txt"));
         assertEquals(1, files.below("C:\\store\\data\\00000").size());
+    }
+
+    @Test
+    void aFileThatGivesFewerBytesThanItHasIsReported() {
+        files.addFile("C:\\src\\short", "x".repeat(1500));
+        files.endingReads.add("C:\\src\\short");
+
+        Bed.Result result = bed.run("backup", "--block-size=512", "C:\\src", "C:\\store");
+
+        assertEquals("left out: C:\\src\\short: it changed while it was being read\n", result.err());
+        assertEquals(1, result.code());
     }
 
     @Test
@@ -260,7 +272,8 @@ class BackupTest {
         ManifestEntry entry = entry("sized");
         assertEquals(size, entry.size());
         if (size > 0) {
-            assertArrayEquals(content, files.node(String.format("C:\\store\\data\\00000\\%08d", entry.content())).content);
+            String stored = String.format("C:\\store\\data\\00000\\%08d", entry.content());
+            assertArrayEquals(content, files.node(stored).content);
         }
     }
 

@@ -61,9 +61,12 @@ class CommandLineTest {
         "copy; Unmatched argument at index 0: 'copy'",
         "backup; Missing required parameters: 'SOURCE', 'STORE'",
         "backup C:\\src; Missing required parameter: 'STORE'",
-        "backup --block-size=1 C:\\src C:\\store; Invalid value for option '--block-size': '1' is not a size from 512 to 64M",
-        "backup --block-size=65M C:\\src C:\\store; Invalid value for option '--block-size': '65M' is not a size from 512 to 64M",
-        "backup --block-size=x C:\\src C:\\store; Invalid value for option '--block-size': 'x' is not a size from 512 to 64M",
+        "backup --block-size=1 C:\\src C:\\store; Invalid value for option '--block-size': '1' is not a size"
+            + " from 512 to 64M",
+        "backup --block-size=65M C:\\src C:\\store; Invalid value for option '--block-size': '65M' is not a"
+            + " size from 512 to 64M",
+        "backup --block-size=x C:\\src C:\\store; Invalid value for option '--block-size': 'x' is not a size"
+            + " from 512 to 64M",
         "list --colour C:\\src; Unknown option: '--colour'",
     })
     void aWrongCommandLineIsOneSentenceAndAPointerToTheHelp(String arguments, String sentence) {
@@ -85,10 +88,12 @@ class CommandLineTest {
         "backup C:\\locked C:\\store = The source C:\\locked cannot be listed: Access denied.",
         "backup C:\\src C:\\full = C:\\full is not empty; a backup needs a new or an empty folder.",
         "backup C:\\src C:\\old = C:\\old already is a store; a backup needs a new or an empty folder.",
-        "backup C:\\src C:\\half = C:\\half holds a backup that was not finished; a backup needs a new or an empty folder.",
+        "backup C:\\src C:\\half = C:\\half holds a backup that was not finished; a backup needs a new or an"
+            + " empty folder.",
         "backup C:\\src C:\\src\\a.txt = The store C:\\src\\a.txt must not lie inside the source.",
         "backup C:\\src C:\\full\\f = The store C:\\full\\f is not a folder.",
-        "backup C:\\src C:\\no\\store = The store C:\\no\\store cannot be made, because the folder C:\\no does not exist.",
+        "backup C:\\src C:\\no\\store = The store C:\\no\\store cannot be made, because the folder C:\\no does"
+            + " not exist.",
         "backup C:\\src C:\\src = The store C:\\src must not lie inside the source.",
         "backup C:\\src C:\\SRC\\store = The store C:\\SRC\\store must not lie inside the source.",
         "backup C:\\src\\sub C:\\src = The source C:\\src\\sub must not lie inside the store.",
@@ -103,7 +108,8 @@ class CommandLineTest {
         "restore C:\\old C:\\full = The target C:\\full exists and is not empty.",
         "restore C:\\old C:\\full\\f = The target C:\\full\\f is not a folder.",
         "restore C:\\old C:\\old\\out = The target C:\\old\\out must not lie inside the store.",
-        "restore C:\\old C:\\no\\out = The target C:\\no\\out cannot be made, because the folder C:\\no does not exist.",
+        "restore C:\\old C:\\no\\out = The target C:\\no\\out cannot be made, because the folder C:\\no does"
+            + " not exist.",
         "verify C:\\none C:\\src = The store C:\\none does not exist.",
         "verify C:\\src C:\\src = C:\\src is not a store: it has no manifest.txt.",
         "verify C:\\old C:\\none = The tree C:\\none does not exist.",
@@ -132,7 +138,8 @@ class CommandLineTest {
 
         assertEquals(0, result.code());
         List<String> lines = result.out().lines().toList();
-        assertTrue(lines.get(0).matches("-----a-- {15}5  \\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}  a\\.txt"), result.out());
+        String time = "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}";
+        assertTrue(lines.get(0).matches("-----a-- {15}5  " + time + "  a\\.txt"), result.out());
         assertTrue(lines.get(1).endsWith("  bell\\u0007"), result.out());
         assertTrue(lines.get(2).startsWith("dl------ ") && lines.get(2).endsWith("  j -> C:\\elsewhere (junction)"),
                 result.out());

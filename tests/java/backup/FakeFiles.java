@@ -52,6 +52,8 @@ final class FakeFiles implements NativeFiles {
     final Set<String> withoutSecurity = new HashSet<>();
     /** Paths whose reading fails after the first block. */
     final Set<String> failingReads = new HashSet<>();
+    /** Paths whose reading ends after the first block, whatever their size. */
+    final Set<String> endingReads = new HashSet<>();
     /** Run after the first block of a path was read. */
     final Map<String, Runnable> whileReading = new HashMap<>();
     /** Other spellings of paths, for realPath. */
@@ -243,7 +245,7 @@ final class FakeFiles implements NativeFiles {
         }
         require(handle.position == 0 || !failingReads.contains(handle.node.path), "[ReadFile] (23) Data error.\r\n");
         int count = Math.min(length, handle.node.content.length - handle.position);
-        if (count <= 0) {
+        if (count <= 0 || handle.position > 0 && endingReads.contains(handle.node.path)) {
             return -1;
         }
         // Natives see the memory only, not the limit.

@@ -67,6 +67,13 @@ class ManifestTest {
     }
 
     @Test
+    void isRefusedWhenSomethingFollowsItsEnd() throws IOException {
+        byte[] longer = Arrays.copyOf(write(ENTRIES), write(ENTRIES).length + 1);
+
+        assertThrows(IOException.class, () -> read(longer));
+    }
+
+    @Test
     void saysWhichLineIsWrong() {
         IOException e = assertThrows(IOException.class, () -> readLines(TOP, "rubbish"));
 
@@ -83,7 +90,9 @@ class ManifestTest {
 
     @Test
     void saysThatAnotherFormatIsNotKnown() {
-        IOException e = assertThrows(IOException.class, () -> read("winutil-backup 2\n".getBytes(StandardCharsets.UTF_8)));
+        byte[] newer = "winutil-backup 2\n".getBytes(StandardCharsets.UTF_8);
+
+        IOException e = assertThrows(IOException.class, () -> read(newer));
 
         assertTrue(e.getMessage().contains("newer version"), e.getMessage());
     }
@@ -107,7 +116,7 @@ class ManifestTest {
     @ParameterizedTest
     @ValueSource(strings = {"..", "../x", "a/../x", "./x", "/x", "//server/share", "a//b", "a/", "C:", "C:/x", "x:y",
         "\\\\x", "..\\\\x", "\\\\\\\\.\\\\PhysicalDrive0", "nul", "a/COM1.txt", "", "\\u002E\\u002E", "..\\u002Fx",
-        "a\\u0000", ".. /x"})
+        "a\\u0000", ".. /x", "a\\\\x"})
     void refusesPathsThatLeadOutOfTheTarget(String path) {
         assertThrows(IOException.class, () -> readLines(TOP, Bed.directoryLine("a"), Bed.directoryLine(path)));
     }

@@ -33,7 +33,8 @@ class RestoreTest {
 
         backupAndRestore();
 
-        assertEquals(files.below("C:\\src"), files.below("C:\\out").stream().map(p -> p.replace("\\out", "\\src")).toList());
+        assertEquals(files.below("C:\\src"),
+                files.below("C:\\out").stream().map(p -> p.replace("\\out", "\\src")).toList());
         for (String path : files.below("C:\\src")) {
             FakeFiles.Node source = files.node(path);
             FakeFiles.Node restored = files.node(path.replace("\\src", "\\out"));

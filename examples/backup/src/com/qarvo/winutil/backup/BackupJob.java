@@ -74,8 +74,8 @@ final class BackupJob implements TreeWalk.Visitor {
         String path = file.entry().getPath();
         if (path.endsWith("\\" + store.unfinishedName())) {
             // Another drive letter, share or link led to the store; the comparison of paths could not see it.
-            throw new ClientException("The store " + Escapes.printable(store.path()) + " must not lie inside the source "
-                    + Escapes.printable(source) + ".");
+            throw new ClientException("The store " + Escapes.printable(store.path()) + " must not lie inside the"
+                    + " source " + Escapes.printable(source) + ".");
         }
         job.progress().at(path);
         try {

@@ -73,8 +73,10 @@ final class ListCommand implements Callable<Integer> {
         }
         try {
             WinFile found = files.entry(entry.getPath(), false);
-            return found.isLink() ? " -> " + Escapes.printable(found.getLinkTarget()) + " (" + Type.of(found).word() + ")"
-                    : " (reparse point)";
+            if (!found.isLink()) {
+                return " (reparse point)";
+            }
+            return " -> " + Escapes.printable(found.getLinkTarget()) + " (" + Type.of(found).word() + ")";
         } catch (IOException e) {
             report.leftOut(entry.getPath(), Reasons.of(e));
             return "";

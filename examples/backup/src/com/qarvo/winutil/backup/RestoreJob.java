@@ -242,7 +242,7 @@ final class RestoreJob {
     }
 
     private ClientException diskFull(DiskFullException cause) {
-        return new ClientException("The disk of the target " + Escapes.printable(target) + " is full, and the restore is"
-                + " not finished: " + Reasons.of(cause), cause);
+        return new ClientException("The disk of the target " + Escapes.printable(target) + " is full, and the restore"
+                + " is not finished: " + Reasons.of(cause), cause);
     }
 }
