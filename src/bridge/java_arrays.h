@@ -2,6 +2,9 @@
 
 #include <jni.h>
 
+#include <cstddef>
+#include <span>
+
 namespace winutil {
 
 // The elements of a Java byte array for the length of a call, given back with JNI_ABORT (nothing is copied
@@ -35,5 +38,15 @@ private:
     jint releaseMode_;
     jbyte* elements_;
 };
+
+// Returns a new Java byte array with a copy of `bytes`, or null with an OutOfMemoryError pending.
+inline jbyteArray newByteArray(JNIEnv* env, std::span<const std::byte> bytes) noexcept {
+    const auto length = static_cast<jsize>(bytes.size());
+    const jbyteArray array = env->NewByteArray(length);
+    if (array != nullptr) {
+        env->SetByteArrayRegion(array, 0, length, reinterpret_cast<const jbyte*>(bytes.data()));
+    }
+    return array;
+}
 
 }  // namespace winutil

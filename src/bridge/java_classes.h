@@ -20,6 +20,7 @@ inline constexpr char runtimeException[] = "java/lang/RuntimeException";
 inline constexpr char securityException[] = "java/lang/SecurityException";
 inline constexpr char diskFullException[] = "com/qarvo/dov/io/DiskFullException";
 inline constexpr char sharingViolationException[] = "com/qarvo/dov/io/SharingViolationException";
+inline constexpr char string[] = "java/lang/String";
 inline constexpr char winFile[] = "com/qarvo/kel/util/WinFileList$WinFile";
 }  // namespace java_class
 
@@ -32,6 +33,16 @@ inline constexpr JavaMethod addFile{"addFile", "(Ljava/lang/String;ZJJILjava/lan
 inline constexpr JavaMethod newWinFile{"<init>",
                                        "(Ljava/lang/String;ZJJILjava/lang/String;BLjava/lang/String;)V"};
 inline constexpr JavaMethod newOlderWinFile{"<init>", "(Ljava/lang/String;ZJJILjava/lang/String;Z)V"};
+// What a registry key holds: the names of root, key and item, and the value of an item that has one.
+inline constexpr JavaMethod addNode{"addNode", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"};
+inline constexpr JavaMethod addStringNode{
+    "addStringNode", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"};
+inline constexpr JavaMethod addDwordNode{"addDwordNode",
+                                         "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;J)V"};
+inline constexpr JavaMethod addByteNode{"addByteNode",
+                                        "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;[B)V"};
+inline constexpr JavaMethod addMultiStringNode{
+    "addMultiStringNode", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;[Ljava/lang/String;)V"};
 }  // namespace java_method
 
 // Returns the method of `type`, or null with the JVM's NoSuchMethodError pending.

@@ -81,6 +81,14 @@ struct ModuleKind {
 };
 using Module = Owned<ModuleKind>;
 
+// An open registry key.
+struct RegistryKeyKind {
+    using Value = HKEY;
+    static Value none() noexcept { return nullptr; }
+    static void close(Value value) noexcept { RegCloseKey(value); }
+};
+using RegistryKey = Owned<RegistryKeyKind>;
+
 // Memory that the system allocated with LocalAlloc: message texts, security descriptors and their texts.
 template <class T>
 struct LocalMemoryKind {
