@@ -20,6 +20,7 @@ public:
 
     // Straight from malloc: the run time's own `new` throws inside, and would bring the whole unwinder into
     // the library.
+    static void* operator new(std::size_t size) = delete;
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
     static void operator delete(void* memory) noexcept { std::free(memory); }
 
