@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
-#include <string_view>
 
+#include "bridge/paths.h"
 #include "fileio/open.h"
 
 namespace winutil::filesystem {
@@ -29,7 +29,6 @@ static_assert(sizeof(MountPointHeader) == 16);
 
 constexpr std::size_t tagHeaderSize = 8;       // what every reparse point has
 constexpr std::size_t symlinkHeaderSize = 20;  // the mount point's, and a word of flags
-static_assert(MAXIMUM_REPARSE_DATA_BUFFER_SIZE == 16384);
 
 constexpr std::wstring_view ntNetworkPrefix = L"\\??\\UNC\\";
 constexpr std::wstring_view ntVolumePrefix = L"\\??\\Volume";
@@ -115,13 +114,42 @@ DWORD readReparseKind(const wchar_t* path, LinkTarget& target, DWORD attributes)
     if (!cell || *cell.get() == INVALID_HANDLE_VALUE) {
         return linkKindNone;
     }
-    alignas(wchar_t) std::byte buffer[MAXIMUM_REPARSE_DATA_BUFFER_SIZE] = {};
+    ReparseBuffer buffer = {};
     DWORD returned = 0;
-    if (!DeviceIoControl(*cell.get(), FSCTL_GET_REPARSE_POINT, nullptr, 0, buffer, sizeof(buffer), &returned,
-                         nullptr)) {
+    if (!DeviceIoControl(*cell.get(), FSCTL_GET_REPARSE_POINT, nullptr, 0, buffer.bytes, sizeof(buffer),
+                         &returned, nullptr)) {
         return linkKindNone;
     }
-    return parseReparseData({buffer, std::min<std::size_t>(returned, sizeof(buffer))}, attributes, target);
+    return parseReparseData({buffer.bytes, std::min<std::size_t>(returned, sizeof(buffer))}, attributes,
+                            target);
+}
+
+void writeJunctionName(std::wstring_view target, LinkTarget& name) noexcept {
+    name[0] = L'\0';
+    // The network form is looked for first, so that "\\?\C:\x" counts as a network path too.
+    if (beginsWith(target, L"\\\\")) {
+        writeTarget(L"\\??\\UNC", target.substr(1), name);
+    } else if (beginsWith(target, L"\\?")) {
+        writeTarget(L"", target, name);
+    } else {
+        writeTarget(ntPrefix, target, name);
+    }
+}
+
+DWORD fillJunctionData(const LinkTarget& name, ReparseBuffer& buffer) noexcept {
+    const auto length =
+        static_cast<std::uint16_t>(static_cast<std::size_t>(lstrlenW(name)) * sizeof(wchar_t));
+    constexpr std::size_t nameFields = sizeof(MountPointHeader) - tagHeaderSize;
+    // The name's terminator, and the one of the empty name for display behind it.
+    constexpr std::size_t terminators = 2 * sizeof(wchar_t);
+    MountPointHeader header = {};
+    header.tag = IO_REPARSE_TAG_MOUNT_POINT;
+    header.dataLength = static_cast<std::uint16_t>(nameFields + length + terminators);
+    header.substituteNameLength = length;
+    header.printNameOffset = static_cast<std::uint16_t>(length + sizeof(wchar_t));
+    std::memcpy(buffer.bytes, &header, sizeof(header));
+    lstrcpyW(reinterpret_cast<wchar_t*>(buffer.bytes + sizeof(header)), name);
+    return static_cast<DWORD>(tagHeaderSize + header.dataLength);
 }
 
 }  // namespace winutil::filesystem

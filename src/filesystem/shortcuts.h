@@ -1,0 +1,21 @@
+// Shell shortcuts: link files that the shell, not the file system, follows.
+#pragma once
+
+#include <windows.h>
+
+#include <cstddef>
+
+namespace winutil::filesystem {
+
+// Returns whether the shell takes a path for a shortcut; never for a junction or a symbolic link.
+bool isShortcut(const wchar_t* path) noexcept;
+
+// Characters of a shortcut's target, the terminator included.
+inline constexpr std::size_t shortcutTargetCapacity = 4096;
+using ShortcutTarget = wchar_t[shortcutTargetCapacity];
+
+// Reads what a shortcut points to: without user interface, search or tracking, and without rewriting it. The
+// target is empty when it cannot be resolved.
+void readShortcutTarget(const wchar_t* path, ShortcutTarget& target) noexcept;
+
+}  // namespace winutil::filesystem
