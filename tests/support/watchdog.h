@@ -1,0 +1,17 @@
+// Ends the test program when a test hangs or crashes: prints where it stands, and counts what did not run as
+// failed.
+#pragma once
+
+#include <chrono>
+
+namespace testbed {
+
+constexpr std::chrono::seconds defaultTimeLimit{60};
+
+// To be called once, after the test framework has read its arguments.
+void installWatchdog();
+
+// Lets the running test take that long, counted from now.
+void allowTime(std::chrono::seconds limit);
+
+}  // namespace testbed
