@@ -87,6 +87,10 @@ void throwRuntimeException(JNIEnv* env, const wchar_t* message) noexcept {
     throwJavaException(env, java_class::runtimeException, message);
 }
 
+void throwAccountRestrictionException(JNIEnv* env, const wchar_t* message) noexcept {
+    throwJavaException(env, java_class::accountRestrictionException, message);
+}
+
 void throwOpenError(JNIEnv* env, DWORD code, const wchar_t* message) noexcept {
     switch (code) {
         case ERROR_FILE_NOT_FOUND:

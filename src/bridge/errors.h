@@ -62,6 +62,7 @@ void throwSharingViolationException(JNIEnv* env, const wchar_t* message) noexcep
 void throwDiskFullException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwSecurityException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwRuntimeException(JNIEnv* env, const wchar_t* message) noexcept;
+void throwAccountRestrictionException(JNIEnv* env, const wchar_t* message) noexcept;
 
 // Raises the exception class that belongs to the code of a failed open.
 void throwOpenError(JNIEnv* env, DWORD code, const wchar_t* message) noexcept;

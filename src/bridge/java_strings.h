@@ -53,6 +53,8 @@ public:
     NarrowChars& operator=(const NarrowChars&) = delete;
     ~NarrowChars();
 
+    // False when the JVM had no memory for them; its error is then pending.
+    explicit operator bool() const noexcept { return chars_ != nullptr || text_ == nullptr; }
     const char* get() const noexcept { return chars_; }
 
 private:

@@ -2,7 +2,12 @@
 // can hold.
 #pragma once
 
+// windows.h comes first: the others build on it.
 #include <windows.h>
+
+#include <lmcons.h>
+// lmapibuf.h needs the types of lmcons.h.
+#include <lmapibuf.h>
 
 #include <cstdlib>
 #include <utility>
@@ -98,6 +103,26 @@ struct LocalMemoryKind {
 };
 template <class T>
 using LocalMemory = Owned<LocalMemoryKind<T>>;
+
+// Memory from the process heap.
+template <class T>
+struct ProcessHeapMemoryKind {
+    using Value = T*;
+    static Value none() noexcept { return nullptr; }
+    static void close(Value value) noexcept { HeapFree(GetProcessHeap(), 0, value); }
+};
+template <class T>
+using ProcessHeapMemory = Owned<ProcessHeapMemoryKind<T>>;
+
+// A buffer that a Net... call handed out.
+template <class T>
+struct NetMemoryKind {
+    using Value = T*;
+    static Value none() noexcept { return nullptr; }
+    static void close(Value value) noexcept { NetApiBufferFree(value); }
+};
+template <class T>
+using NetMemory = Owned<NetMemoryKind<T>>;
 
 // Memory from malloc.
 template <class T>

@@ -12,28 +12,6 @@ namespace {
 
 constexpr DWORD firstDescriptorSize = 4096;  // bytes
 
-// Returns the descriptor of a path, or none with the reason in the last error.
-HeapMemory<std::byte> readDescriptor(const wchar_t* path, SECURITY_INFORMATION securityInformation) noexcept {
-    DWORD size = firstDescriptorSize;
-    // Once more at the size that the system asks for; a descriptor that has grown again by then is given up.
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        HeapMemory<std::byte> descriptor = allocate<std::byte>(size);
-        if (!descriptor) {
-            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-            return {};
-        }
-        DWORD needed = 0;
-        if (GetFileSecurityW(path, securityInformation, descriptor.get(), size, &needed)) {
-            return descriptor;
-        }
-        if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
-            return {};
-        }
-        size = needed;
-    }
-    return {};
-}
-
 WideString convertToText(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION securityInformation) noexcept {
     const auto convert = optionalFunctions().convertSecurityDescriptorToStringSecurityDescriptor;
     if (convert == nullptr) {
@@ -69,6 +47,28 @@ WideString failWithoutDescriptor(const wchar_t* path, SECURITY_INFORMATION secur
 
 }  // namespace
 
+HeapMemory<std::byte> readDescriptor(const wchar_t* path, SECURITY_INFORMATION securityInformation,
+                                     DWORD firstSize) noexcept {
+    DWORD size = firstSize;
+    // Once more at the size that the system asks for; a descriptor that has grown again by then is given up.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        HeapMemory<std::byte> descriptor = allocate<std::byte>(size);
+        if (!descriptor) {
+            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+            return {};
+        }
+        DWORD needed = 0;
+        if (GetFileSecurityW(path, securityInformation, descriptor.get(), size, &needed)) {
+            return descriptor;
+        }
+        if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
+            return {};
+        }
+        size = needed;
+    }
+    return {};
+}
+
 WideString getSecurityDescriptorText(const wchar_t* path, SECURITY_INFORMATION securityInformation,
                                      bool tryLongForm, bool enabled) noexcept {
     if (!enabled) {
@@ -81,7 +81,7 @@ WideString getSecurityDescriptorText(const wchar_t* path, SECURITY_INFORMATION s
         longForm = toLongPath(path);
         target = longForm.get();
     }
-    const HeapMemory<std::byte> descriptor = readDescriptor(target, securityInformation);
+    const HeapMemory<std::byte> descriptor = readDescriptor(target, securityInformation, firstDescriptorSize);
     if (!descriptor) {
         return failWithoutDescriptor(target, securityInformation);
     }

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <cstddef>
+
 #include "bridge/owners.h"
 
 namespace winutil::filesystem {
@@ -10,6 +12,11 @@ namespace winutil::filesystem {
 inline constexpr SECURITY_INFORMATION recordSecurity =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 static_assert(recordSecurity == 7);
+
+// Returns the security descriptor of a path, or none with the reason in the last error. The first attempt has
+// room for `firstSize` bytes, a second one for as many as the system asks for.
+HeapMemory<std::byte> readDescriptor(const wchar_t* path, SECURITY_INFORMATION securityInformation,
+                                     DWORD firstSize) noexcept;
 
 // Returns the security descriptor of a path as SDDL text, an empty text when not `enabled`, or none with the
 // reason in the thread's last error. With `tryLongForm` the long form stands in for a path whose attributes

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <windows.h>
+
+#include "bridge/owners.h"
+
+namespace winutil::account {
+
+// Returns the user of a token, none on any failure. Its SID lies within the memory that comes back.
+ProcessHeapMemory<TOKEN_USER> tokenUser(HANDLE token) noexcept;
+
+}  // namespace winutil::account

@@ -1,0 +1,58 @@
+#include "filesystem/file_attributes.h"
+
+#include <winioctl.h>
+
+#include <cstdio>
+
+#include "bridge/errors.h"
+#include "bridge/paths.h"
+#include "fileio/open.h"
+
+namespace winutil::filesystem {
+
+namespace {
+
+static_assert(FSCTL_SET_COMPRESSION == 0x9C040);
+
+bool compressFile(const wchar_t* path) noexcept {
+    const fileio::HandleCell cell = fileio::createFileWithRetry(
+        path, GENERIC_ALL, FILE_SHARE_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (!cell || *cell.get() == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    USHORT format = COMPRESSION_FORMAT_DEFAULT;
+    static_assert(sizeof(format) == 2 && COMPRESSION_FORMAT_DEFAULT == 1);
+    DWORD returned = 0;
+    return DeviceIoControl(*cell.get(), FSCTL_SET_COMPRESSION, &format, sizeof(format), nullptr, 0, &returned,
+                           nullptr) != FALSE;
+}
+
+}  // namespace
+
+bool setFileAttr(JNIEnv* env, const wchar_t* path, DWORD attributes) noexcept {
+    WideString longForm;
+    const wchar_t* target = path;
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!readAttributeData(path, &data)) {
+        longForm = toLongPath(path);
+        target = longForm.get();
+    }
+    if (attributes == INVALID_FILE_ATTRIBUTES || target == nullptr) {
+        return false;
+    }
+    ErrorBuffer message;
+    if ((attributes & FILE_ATTRIBUTE_COMPRESSED) != 0 && !compressFile(target)) {
+        _snwprintf_s(message.text(), ErrorBuffer::capacity, _TRUNCATE, L"Fail to compress file: %s", path);
+        throwIOException(env, message.text());
+        return false;
+    }
+    const bool set = SetFileAttributesW(target, attributes) != FALSE;
+    // Asked for whether or not the attributes could be set.
+    if ((attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0 && !EncryptFileW(target)) {
+        formatWin32Error(L"EncryptFileW", GetLastError(), message.text(), ErrorBuffer::capacity);
+        throwIOException(env, message.text());
+    }
+    return set;
+}
+
+}  // namespace winutil::filesystem
