@@ -86,6 +86,7 @@ class BackupTest {
 
         assertEquals(1, result.code());
         assertEquals("left out: C:\\src\\a.txt: [CreateFileW] (32) Sharing violation.\n", result.err());
+        assertTrue(result.out().contains(" 4 bytes "), result.out());
         assertTrue(result.out().contains("; 1 left out."), result.out());
         assertNull(entry("a.txt"));
         assertNotNull(entry("sub\\b.txt"));
@@ -100,6 +101,7 @@ class BackupTest {
 
         assertEquals(1, result.code());
         assertTrue(result.err().startsWith("left out: C:\\src\\big: [ReadFile] (23) "), result.err());
+        assertTrue(result.out().contains(" 9 bytes "), result.out());
         assertEquals(2, files.below("C:\\store\\data\\00000").size());
         assertEquals(2, entry("sub\\b.txt").content(), "its number is used again");
     }
@@ -303,21 +305,41 @@ class BackupTest {
     }
 
     @Test
-    void aDiskThatTakesLessAndSaysNothingIsNoticed() {
+    void aDiskThatTakesAPartAndSaysNothingIsFullToo() {
         files.freeBytes = 7;
-        files.silentShortWrites = true;
+        files.shortWrites = true;
 
         Bed.Result result = bed.backup();
 
         assertEquals(2, result.code());
-        assertTrue(result.err().contains("only 2 of 4 bytes arrived"), result.err());
+        assertTrue(result.err().contains("(112) Disk full."), result.err());
+        assertNull(files.node("C:\\store\\manifest.txt"));
+    }
+
+    @Test
+    void aDiskThatTakesNothingAndSaysNothingIsFullToo() {
+        files.idleWrites = true;
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().contains("the disk takes nothing more"), result.err());
+    }
+
+    @Test
+    void aContentThatDidNotArriveWholeEndsTheBackup() {
+        files.losses.add("C:\\store\\data");
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().contains("only 4 of 5 bytes arrived"), result.err());
         assertNull(files.node("C:\\store\\manifest.txt"));
     }
 
     @Test
     void aManifestThatDidNotArriveWholeIsNoManifest() {
-        files.freeBytes = 100;
-        files.silentShortWrites = true;
+        files.losses.add("C:\\store\\manifest-");
 
         Bed.Result result = bed.backup();
 

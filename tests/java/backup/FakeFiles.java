@@ -61,7 +61,12 @@ final class FakeFiles implements NativeFiles {
     /** Folders that show the entries of another one. */
     final Map<String, String> mirrors = new HashMap<>();
     long freeBytes = Long.MAX_VALUE;
-    boolean silentShortWrites;
+    /** Whether writes write nothing and report success. */
+    boolean idleWrites;
+    /** Whether a write on a full disk takes what fits and only the next one fails. */
+    boolean shortWrites;
+    /** Paths that lose their last byte when they are closed. */
+    final Set<String> losses = new HashSet<>();
     boolean renameFails;
     boolean timesFail;
     boolean makesLinks;
@@ -237,6 +242,11 @@ final class FakeFiles implements NativeFiles {
     }
 
     @Override
+    public long position(long file) {
+        return handles.get(file).position;
+    }
+
+    @Override
     public int read(long file, ByteBuffer buffer, int offset, int length, int sector) throws IOException {
         Handle handle = handles.get(file);
         if (handle.unbuffered) {
@@ -262,8 +272,11 @@ final class FakeFiles implements NativeFiles {
     public void write(long file, ByteBuffer buffer, int offset, int length, int sector) throws IOException {
         Handle handle = handles.get(file);
         require(handle.writable, "[WriteFile] (5) Access denied.\r\n");
+        if (idleWrites) {
+            return;
+        }
         int taken = (int) Math.min(length, freeBytes);
-        if (taken < length && !silentShortWrites) {
+        if (taken < length && (!shortWrites || taken == 0)) {
             throw new DiskFullException("[WriteFile] (112) Disk full.\r\n");
         }
         byte[] bytes = new byte[taken];
@@ -289,6 +302,10 @@ final class FakeFiles implements NativeFiles {
         }
         if (handle.reserved > 0) {
             handle.node.content = Arrays.copyOf(handle.node.content, handle.position);
+        }
+        byte[] content = handle.node.content;
+        if (handle.writable && losses.stream().anyMatch(handle.node.path::startsWith)) {
+            handle.node.content = Arrays.copyOf(content, content.length - 1);
         }
         calls.add("close " + handle.node.path);
     }

@@ -13,8 +13,7 @@ import org.junit.jupiter.params.provider.ValueSource;
 class NamesTest {
     @ParameterizedTest
     @ValueSource(strings = {"a.txt", ".hidden", "name.", "name ", " nul", "a..b", "console", "com", "com10",
-        "auxiliary",
-        "nul_", "\uD83D\uDE00", "\uD83D", "caf\u00E9"})
+        "auxiliary", "nul_", "\uD83D\uDE00", "\uD83D", "caf\u00E9"})
     void acceptsNamesThatAFolderCanHold(String name) {
         assertNull(Names.problemOf(name));
     }

@@ -131,14 +131,12 @@ class RestoreTest {
     @Test
     void aFileThatArrivedCutOffIsRemoved() {
         bed.backup();
-        files.whileReading.put(CONTENT, () -> {
-            files.freeBytes = 3;
-            files.silentShortWrites = true;
-        });
+        files.losses.add("C:\\out\\a.txt");
 
         Bed.Result result = bed.restore();
 
-        assertTrue(result.err().startsWith("left out: C:\\out\\a.txt: only 3 of 5 bytes arrived\n"), result.err());
+        assertEquals("left out: C:\\out\\a.txt: only 4 of 5 bytes arrived\n", result.err());
+        assertTrue(result.out().contains(" 4 bytes "), result.out());
         assertNull(files.node("C:\\out\\a.txt"));
     }
 
@@ -154,6 +152,19 @@ class RestoreTest {
                 + " full.\n", result.err());
         assertNull(files.node("C:\\out\\a.txt"));
         assertNotNull(files.node("C:\\store\\manifest.txt"));
+    }
+
+    @Test
+    void aDiskThatTakesAPartAndSaysNothingIsFullToo() {
+        bed.backup();
+        files.shortWrites = true;
+        files.whileReading.put(CONTENT, () -> files.freeBytes = 3);
+
+        Bed.Result result = bed.restore();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().startsWith("The disk of the target C:\\out is full"), result.err());
+        assertNull(files.node("C:\\out\\a.txt"));
     }
 
     @Test

@@ -80,6 +80,7 @@ final class BackupJob implements TreeWalk.Visitor {
         job.progress().at(path);
         try {
             for (int attempt = 1; !backUp(file); attempt++) {
+                job.progress().takeBack();
                 if (attempt == ATTEMPTS) {
                     job.report().leftOut(path, "it changed while it was being read");
                     return;
@@ -87,6 +88,7 @@ final class BackupJob implements TreeWalk.Visitor {
             }
             job.progress().countFile();
         } catch (IOException e) {
+            job.progress().takeBack();
             job.report().leftOut(path, Reasons.of(e));
         }
     }
@@ -143,7 +145,6 @@ final class BackupJob implements TreeWalk.Visitor {
             try {
                 long arrived = files.entry(place, false).getSize();
                 if (arrived != size) {
-                    // A disk that runs full may take a part of a block and say nothing.
                     throw new IOException("only " + arrived + " of " + size + " bytes arrived in " + place);
                 }
             } catch (IOException e) {

@@ -65,7 +65,10 @@ interface NativeFiles {
     /** Reads into a direct buffer; gives the number of bytes read, -1 at the end of the file. */
     int read(long file, ByteBuffer buffer, int offset, int length, int sectorSize) throws IOException;
 
-    /** Writes from a direct buffer. A full disk may take a part only and say nothing: compare sizes at the end. */
+    /** Gives the position at which an open file is read or written next. */
+    long position(long file) throws IOException;
+
+    /** Writes from a direct buffer; may take a part only and say nothing, see {@link WholeWrites}. */
     void write(long file, ByteBuffer buffer, int offset, int length, int sectorSize) throws IOException;
 
     /** Closes an open file. */

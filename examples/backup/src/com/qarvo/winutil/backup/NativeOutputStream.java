@@ -46,7 +46,7 @@ final class NativeOutputStream extends OutputStream {
     public void flush() throws IOException {
         int length = block.position();
         if (length > 0) {
-            files.write(file, block, 0, length, 1);
+            WholeWrites.write(files, file, block, 0, length, 1);
             written += length;
             block.clear();
         }

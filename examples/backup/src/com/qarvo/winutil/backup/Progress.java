@@ -21,6 +21,7 @@ final class Progress {
     private long directories;
     private long links;
     private long bytes;
+    private long bytesBefore;
 
     /**
      * Starts counting.
@@ -35,14 +36,21 @@ final class Progress {
         this.nextLine = start;
     }
 
+    /** Notes that a file is begun. */
     void at(String currentPath) {
         path = currentPath;
+        bytesBefore = bytes;
         show();
     }
 
     void countBytes(long count) {
         bytes += count;
         show();
+    }
+
+    /** Forgets the bytes of the file that was begun last: it is not going to be counted. */
+    void takeBack() {
+        bytes = bytesBefore;
     }
 
     void countFile() {

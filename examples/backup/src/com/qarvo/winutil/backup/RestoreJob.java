@@ -107,6 +107,7 @@ final class RestoreJob {
         } catch (DiskFullException e) {
             throw diskFull(e);
         } catch (IOException e) {
+            job.progress().takeBack();
             job.report().leftOut(path, Reasons.of(e));
             return;
         }

@@ -90,6 +90,6 @@ final class Transfer {
 
     /** Writes a block to another file. */
     void write(long file, ByteBuffer block, int offset, int length) throws IOException {
-        files.write(file, block, offset, length, sectorSize);
+        WholeWrites.write(files, file, block, offset, length, sectorSize);
     }
 }

@@ -123,6 +123,11 @@ final class WindowsNativeFiles implements NativeFiles {
     }
 
     @Override
+    public long position(long file) throws IOException {
+        return util.getFilePosition(file);
+    }
+
+    @Override
     public int read(long file, ByteBuffer buffer, int offset, int length, int sectorSize) throws IOException {
         return util.read(file, buffer, offset, length, sectorSize);
     }
