@@ -1,25 +1,8 @@
 #include "account/token_user.h"
 
-#include <cstddef>
-#include <cstdint>
+#include "account/sids.h"
 
 namespace winutil::account {
-
-namespace {
-
-// Returns whether a SID ends where its memory does, or before: its own count of sub-authorities says how long
-// it is, and whoever compares or prints it believes that count.
-bool isSidWithin(const void* sid, const void* memory, std::size_t size) noexcept {
-    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-    const auto at = reinterpret_cast<std::uintptr_t>(sid);
-    constexpr std::size_t headerSize = offsetof(SID, SubAuthority);
-    if (at < begin || at - begin > size || size - (at - begin) < headerSize) {
-        return false;
-    }
-    return size - (at - begin) >= GetSidLengthRequired(static_cast<const SID*>(sid)->SubAuthorityCount);
-}
-
-}  // namespace
 
 ProcessHeapMemory<TOKEN_USER> tokenUser(HANDLE token) noexcept {
     DWORD size = 0;
@@ -35,6 +18,16 @@ ProcessHeapMemory<TOKEN_USER> tokenUser(HANDLE token) noexcept {
         return {};
     }
     return user;
+}
+
+ProcessHeapMemory<TOKEN_USER> currentTokenUser() noexcept {
+    KernelHandle token;
+    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.receive()) &&
+        (GetLastError() != ERROR_NO_TOKEN ||
+         !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.receive()))) {
+        return {};
+    }
+    return tokenUser(token.get());
 }
 
 }  // namespace winutil::account

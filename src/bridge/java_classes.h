@@ -20,9 +20,9 @@ inline constexpr char runtimeException[] = "java/lang/RuntimeException";
 inline constexpr char securityException[] = "java/lang/SecurityException";
 inline constexpr char diskFullException[] = "com/qarvo/dov/io/DiskFullException";
 inline constexpr char sharingViolationException[] = "com/qarvo/dov/io/SharingViolationException";
-inline constexpr char string[] = "java/lang/String";
 inline constexpr char accountRestrictionException[] =
     "com/qarvo/kel/util/UtilException$AccountRestrictionException";
+inline constexpr char string[] = "java/lang/String";
 inline constexpr char winFile[] = "com/qarvo/kel/util/WinFileList$WinFile";
 }  // namespace java_class
 
@@ -30,6 +30,12 @@ namespace java_method {
 inline constexpr JavaMethod newException{"<init>", "(Ljava/lang/String;)V"};
 inline constexpr JavaMethod fireFileErrorEvent{"fireFileErrorEvent",
                                                "(Ljava/lang/String;Ljava/lang/String;)V"};
+inline constexpr JavaMethod add{"add", "(Ljava/lang/Object;)Z"};
+inline constexpr JavaMethod get{"get", "(I)Ljava/lang/Object;"};
+inline constexpr JavaMethod size{"size", "()I"};
+inline constexpr JavaMethod newList{"<init>", "()V"};
+inline constexpr JavaMethod write{"write", "([BII)V"};
+inline constexpr JavaMethod read{"read", "([BII)I"};
 inline constexpr JavaMethod addFile{"addFile", "(Ljava/lang/String;ZJJILjava/lang/String;Z)V"};
 // The record with link kind and target, and the older one that only says whether the file is a reparse point.
 inline constexpr JavaMethod newWinFile{"<init>",
@@ -56,5 +62,8 @@ jmethodID findCollectorMethod(JNIEnv* env, jobject collector, const JavaMethod& 
 
 // Returns whether a Java exception is pending. Every call into Java is followed by this.
 bool exceptionPending(JNIEnv* env) noexcept;
+
+// Hands a text to a collection through its `add`. Returns false when a Java exception is pending.
+bool addText(JNIEnv* env, jobject collection, jmethodID add, const wchar_t* text) noexcept;
 
 }  // namespace winutil

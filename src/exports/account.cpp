@@ -1,6 +1,10 @@
-// Logon, impersonation and credential validation.
+// Logon, impersonation and credential validation; SIDs, groups and account names.
+#include "account/account_names.h"
+#include "account/computer_domain.h"
+#include "account/group_membership.h"
 #include "account/logon.h"
 #include "account/system_message.h"
+#include "account/user_groups.h"
 #include "account/validation.h"
 #include "bridge/errors.h"
 #include "bridge/java_classes.h"
@@ -91,4 +95,68 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_networkAuthenticat
     }
     account::networkAuthenticate(credentials.get());
     return newJavaString(env, L"");
+}
+
+JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getUsername(JNIEnv* env, jobject) {
+    account::UserName name;
+    return newJavaString(env, account::userName(name) ? name : L"");
+}
+
+JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getDomainName(JNIEnv* env, jobject) {
+    account::ComputerName domain;
+    return newJavaString(env, account::computerDnsDomain(domain) ? domain : L"UNKNOWN-DOMAIN");
+}
+
+// The bytes of the ANSI name go to Java as they are: right for ASCII names.
+JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getV6DomainName(JNIEnv* env, jobject) {
+    account::AnsiDomain domain;
+    return env->NewStringUTF(account::currentUserDomain(domain) ? domain : "");
+}
+
+JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getNetBIOSComputerName(JNIEnv* env, jobject) {
+    const WideString name = account::netBiosComputerName();
+    return newJavaString(env, name ? name.get() : L"");
+}
+
+JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getSID(JNIEnv* env, jobject) {
+    account::SidText text;
+    return env->NewStringUTF(account::currentUserSid(text) ? text : "");
+}
+
+JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getSIDForUser(JNIEnv* env, jobject,
+                                                                            jstring domain, jstring user) {
+    if (user == nullptr) {
+        return env->NewStringUTF("");
+    }
+    const WideString wideDomain = textOrEmpty(env, domain);
+    if (!wideDomain) {
+        return nullptr;
+    }
+    const WideString wideUser = toWideString(env, user);
+    if (!wideUser) {
+        return nullptr;
+    }
+    account::SidText text;
+    return env->NewStringUTF(account::accountSid(wideDomain.get(), wideUser.get(), text) ? text : "");
+}
+
+JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getDomainUserGroups(JNIEnv* env, jobject,
+                                                                               jstring server, jstring user,
+                                                                               jobject collector) {
+    if (collector == nullptr) {
+        return;
+    }
+    const WideString wideServer = textOrEmpty(env, server);
+    if (!wideServer) {
+        return;
+    }
+    const WideString wideUser = toWideString(env, user);
+    if (wideUser) {
+        account::addUserGroups(env, wideServer.get(), wideUser.get(), collector);
+    }
+}
+
+JNIEXPORT jobject JNICALL Java_com_qarvo_kel_util_WindowsUtil_isMemberOf(JNIEnv* env, jobject,
+                                                                         jobject groups) {
+    return groups == nullptr ? nullptr : account::groupsWithoutMembership(env, groups);
 }
