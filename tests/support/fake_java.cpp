@@ -167,6 +167,10 @@ void FakeJava::failCall(const std::string& function, std::size_t k, const std::s
     state_->failures[function][state_->counts[function] + k] = exceptionClass;
 }
 
+void FakeJava::expectUnreleased(const std::string& function, std::size_t count) {
+    state_->expectedPins[function] += count;
+}
+
 std::size_t FakeJava::count(const std::string& function) const {
     const auto found = state_->counts.find(function);
     return found == state_->counts.end() ? 0 : found->second;

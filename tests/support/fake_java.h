@@ -82,6 +82,10 @@ public:
     void failCall(const std::string& function, std::size_t k = 1,
                   const std::string& exceptionClass = "java/lang/OutOfMemoryError");
 
+    // Declares that the native method that runs next keeps so many of the things that a function gave out: a
+    // leak that is required.
+    void expectUnreleased(const std::string& function, std::size_t count);
+
     // Accounts.
     std::size_t count(const std::string& function) const;
     std::size_t liveReferences() const;  // local references that native code made and has not deleted

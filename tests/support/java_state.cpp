@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "text.h"
 
 namespace testbed {
@@ -194,9 +196,18 @@ void JavaState::reportLeftovers() {
         if (entry.second.frame != frame) {
             return false;
         }
-        fail("what " + std::string(entry.second.madeBy) + " gave out was not released");
+        if (std::size_t& expected = expectedPins[entry.second.madeBy]; expected > 0) {
+            --expected;
+        } else {
+            fail("what " + std::string(entry.second.madeBy) + " gave out was not released");
+        }
         return true;
     });
+    for (const auto& [function, expected] : std::exchange(expectedPins, {})) {
+        if (expected > 0) {
+            fail(std::to_string(expected) + " more of what " + function + " gave out should have stayed");
+        }
+    }
 }
 
 JavaObject JavaState::leaveNative(jobject result) {

@@ -93,6 +93,7 @@ public:
     std::map<std::string, std::map<std::size_t, std::string>>
         failures;  // function, call number, exception class
     std::vector<ArrayRelease> arrayReleases;
+    std::map<std::string, std::size_t> expectedPins;  // function, how many of its things stay
     Exception pending;
     JavaObject self;
     std::size_t live = 0;
