@@ -8,7 +8,7 @@ import picocli.CommandLine.TypeConversionException;
 
 /** The options of the commands that move the content of files. */
 final class TransferOptions {
-    @Option(names = "--block-size", paramLabel = "SIZE", defaultValue = "1M", converter = BlockSize.class,
+    @Option(names = "--block-size", paramLabel = "SIZE", defaultValue = "256K", converter = BlockSize.class,
             description = "Bytes read at a time, as a number with or without K or M, from 512 to 64M;"
                     + " default: ${DEFAULT-VALUE}.")
     private int blockSize;
