@@ -1,7 +1,9 @@
 """Reads what a JVM under -Xcheck:jni had to say about one class, out of its output."""
 
+import collections
 import re
 
+SHOWN = 10
 OUR_CLASS = 'com.qarvo.kel.util.WindowsUtil.'
 
 COMPLAINT = re.compile(r'(WARNING in native method|WARNING: JNI|WARNING: Calling other JNI|FATAL ERROR in native method)')
@@ -26,6 +28,14 @@ def complaints(output):
             block = None
     ours = [block for block in found if any(OUR_CLASS in frame for frame in block[1:])]
     return ['\n'.join(block) for block in ours if not is_required(block[0])]
+
+
+def digest(found):
+    """A report of complaints that stays readable when there are thousands: each one once, with its number."""
+    counts = collections.Counter(found)
+    shown = [f'{count} times: {text}' for text, count in counts.most_common(SHOWN)]
+    rest = len(counts) - len(shown)
+    return '\n\n'.join(shown) + (f'\n\nand {rest} more' if rest else '')
 
 
 def is_required(message):

@@ -32,6 +32,7 @@ abstract class EndToEnd {
     static final int REPARSE_POINT = 0x400;
     static final int UNREADABLE = -1;
 
+    static final int INVALID_FUNCTION = 1;
     static final int FILE_NOT_FOUND = 2;
     static final int PATH_NOT_FOUND = 3;
     static final int ACCESS_DENIED = 5;

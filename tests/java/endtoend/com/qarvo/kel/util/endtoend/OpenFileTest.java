@@ -6,11 +6,15 @@ import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.qarvo.dov.io.SharingViolationException;
+import com.sun.jna.Pointer;
+import com.sun.jna.platform.win32.Kernel32;
+import com.sun.jna.platform.win32.WinNT.HANDLE;
 import java.io.FileNotFoundException;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Arrays;
+import java.util.Set;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -129,6 +133,21 @@ class OpenFileTest extends EndToEnd {
 
             assertEquals(12, util.getFileSize(file.record));
         }
+    }
+
+    @Test
+    void aPipeHasNoSizeAndItsOpenHandleIsLost() {
+        String name = "\\\\.\\pipe\\winutil-test-" + ProcessHandle.current().pid();
+        HANDLE server = Kernel32.INSTANCE.CreateNamedPipe(name, 3, 0, 1, 4096, 4096, 0, null);
+        Set<Integer> before = OpenHandles.ofFilesAndTokens();
+        assertFails(IOException.class, Witness.message("GetFileSizeEx", INVALID_FUNCTION),
+                () -> util.createFileNC(name, READ_WRITE, OPEN_EXISTING, 0));
+
+        Set<Integer> lost = OpenHandles.ofFilesAndTokens();
+        lost.removeAll(before);
+        assertEquals(1, lost.size());
+        lost.forEach(handle -> Kernel32.INSTANCE.CloseHandle(new HANDLE(Pointer.createConstant(handle))));
+        Kernel32.INSTANCE.CloseHandle(server);
     }
 
     @Test
