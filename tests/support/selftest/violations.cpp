@@ -1,0 +1,76 @@
+// Tests that do what no test may. They are switched off; gates_test.cpp runs each in a process of its own and
+// wants it to fail.
+#include "winutil_test.h"
+
+namespace {
+
+using namespace testbed;
+using namespace std::chrono_literals;
+
+using DISABLED_Violation = WinUtilTest;
+
+TEST_F(DISABLED_Violation, LeavesARecordOpen) {
+    writeFile(folder() / L"file", "content");
+
+    EXPECT_NE(NATIVE(openFile)(folder() / L"file"), 0);
+}
+
+TEST_F(DISABLED_Violation, LeavesAnExceptionPending) {
+    NATIVE(openFile)(folder() / L"missing");
+}
+
+TEST_F(DISABLED_Violation, LeavesAFunctionReplaced) {
+    static Replacement kept;
+    kept = system().answer("Sleep", 0);
+}
+
+TEST_F(DISABLED_Violation, LeavesTheThreadImpersonating) {
+    EXPECT_TRUE(ImpersonateSelf(SecurityImpersonation));
+}
+
+TEST_F(DISABLED_Violation, LeavesAFileOpenInItsFolder) {
+    writeFile(folder() / L"file", "content");
+
+    EXPECT_NE(CreateFileW((folder() / L"file").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr),
+              INVALID_HANDLE_VALUE);
+}
+
+TEST_F(DISABLED_Violation, LeavesAFreshLibraryWithAHandle) {
+    FreshLibrary fresh(folder(), L"fresh.dll");
+    ASSERT_TRUE(fresh.load());
+
+    fresh.ledger().take(Kind::handle, 4, "OpenProcessToken", "nowhere");
+}
+
+TEST_F(DISABLED_Violation, Hangs) {
+    allowTime(1s);
+
+    Sleep(INFINITE);
+}
+
+TEST_F(DISABLED_Violation, ReadsOneByteBehindAnArray) {
+    const GuardedBuffer buffer(10, "the content of a file");
+
+    const volatile std::byte* end = buffer.data() + buffer.size();
+    const std::byte read = *end;
+    EXPECT_EQ(read, std::byte{0});
+}
+
+TEST_F(DISABLED_Violation, ReadsTwoUnitsBehindAString) {
+    const jobject string = java.reference(java.string(L"ab"));
+    const jchar* chars = java.env()->GetStringChars(static_cast<jstring>(string), nullptr);
+
+    const volatile jchar* units = chars;
+    const jchar read = units[3];
+    EXPECT_NE(read, 0);
+}
+
+TEST_F(DISABLED_Violation, Aborts) {
+    std::abort();
+}
+
+TEST_F(DISABLED_Violation, PassesBeforeTheOthers) {
+    SUCCEED();
+}
+
+}  // namespace
