@@ -135,7 +135,8 @@ def judge(options, log, resolve_log, crashes):
     awaited = set(AWAITED.read_text('utf-8').split())
     stale = awaited & {export.split('__')[0] for export in exported} - set(missing)
     uncalled = {name: numbers for name, numbers in missing.items() if name not in awaited}
-    crash_text = '\n'.join(run_suite.tail(file, 200) for file in crashes)
+    # What happened, and where, stands at the beginning of what a JVM leaves behind.
+    crash_text = '\n'.join(file.read_text('utf-8', 'replace')[:8000] for file in crashes)
     return [
         Case('the JVM does not crash', crash_text or None),
         Case('checked mode has no complaint about our class', checked_jni.digest(found) or None),
