@@ -1,5 +1,7 @@
 package com.qarvo.winutil.bench;
 
+import com.sun.jna.WString;
+import com.sun.jna.platform.win32.WinNT;
 import java.io.IOException;
 import java.io.OutputStream;
 import java.io.UncheckedIOException;
@@ -15,6 +17,9 @@ import java.nio.file.attribute.FileTime;
 final class Tree {
     /** Of the listed entries every twentieth is a directory. */
     private static final int DIRECTORY_INTERVAL = 20;
+    /** Every eleventh entry that is a file has content and a time of its own, every other of them is hidden. */
+    private static final int SPECIAL_INTERVAL = 11;
+    private static final int FILE_FLAG_POSIX_SEMANTICS = 0x01000000;
     private static final int SMALL_FILE_SIZE = 4096;
     private static final int BLOCK = 1 << 20;
     private static final long TIME_STEP = 61_007;
@@ -23,29 +28,49 @@ final class Tree {
     private Tree() {
     }
 
-    /** Makes a directory of small files and some directories, with sizes, times and hidden files among them. */
+    /** Makes a directory of small files, most of them empty, and some directories. */
     static Path mixed(Path parent, String name, int entries) throws IOException {
         Path directory = Files.createDirectory(parent.resolve(name));
+        // The directories first, while there is little for each new name to be compared with.
+        for (int i = 0; i < entries; i += DIRECTORY_INTERVAL) {
+            Files.createDirectory(entry(directory, i));
+        }
         for (int i = 0; i < entries; i++) {
-            Path entry = directory.resolve(String.format("entry with a common name %06d.data", i));
-            if (i % DIRECTORY_INTERVAL == 0) {
-                Files.createDirectory(entry);
-            } else {
-                Files.write(entry, new byte[i % 100]);
-                if (i % 50 == 7) {
-                    Files.setAttribute(entry, "dos:hidden", true);
-                }
+            Path entry = entry(directory, i);
+            if (i % DIRECTORY_INTERVAL != 0) {
+                createFile(entry);
             }
-            Files.setLastModifiedTime(entry, FileTime.fromMillis(FIRST_TIME + i * TIME_STEP));
+            if (i % SPECIAL_INTERVAL == 7 && i % DIRECTORY_INTERVAL != 0) {
+                Files.write(entry, new byte[i % 100 + 1]);
+                Files.setAttribute(entry, "dos:hidden", i % 2 == 0);
+                Files.setLastModifiedTime(entry, FileTime.fromMillis(FIRST_TIME + i * TIME_STEP));
+            }
         }
         return directory;
+    }
+
+    private static Path entry(Path directory, int number) {
+        return directory.resolve(String.format("entry with a common name %06d.data", number));
+    }
+
+    /**
+     * Makes an empty file under exactly that name. Where names are matched without regard to case by looking through
+     * the directory, the ordinary way takes longer with each file, minutes for the largest directory.
+     */
+    private static void createFile(Path path) throws IOException {
+        long file = DirectMapping.CreateFileW(new WString(path.toString()), WinNT.GENERIC_WRITE, 0, null,
+                WinNT.CREATE_NEW, FILE_FLAG_POSIX_SEMANTICS, null);
+        if (file == DirectMapping.INVALID_HANDLE_VALUE) {
+            throw new IOException("cannot create " + path);
+        }
+        DirectMapping.CloseHandle(file);
     }
 
     /** Makes a directory of empty files. */
     static Path plain(Path parent, String name, int entries) throws IOException {
         Path directory = Files.createDirectory(parent.resolve(name));
         for (int i = 0; i < entries; i++) {
-            Files.createFile(directory.resolve(String.format("entry %07d", i)));
+            createFile(directory.resolve(String.format("entry %07d", i)));
         }
         return directory;
     }
