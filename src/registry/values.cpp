@@ -1,8 +1,8 @@
 #include "registry/values.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
-#include <cwchar>
 #include <iterator>
 #include <string_view>
 
@@ -72,11 +72,7 @@ RegistryKey openKeyOf(const ValuePath<char>& parts) noexcept {
 }
 
 WideString allocateZeroed(std::size_t length) noexcept {
-    WideString text = allocate<wchar_t>(length);
-    if (text) {
-        std::wmemset(text.get(), L'\0', length);
-    }
-    return text;
+    return WideString(static_cast<wchar_t*>(std::calloc(length, sizeof(wchar_t))));
 }
 
 BYTE* bytesOf(const WideString& text) noexcept {
