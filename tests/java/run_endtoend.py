@@ -70,6 +70,8 @@ def link_in(devices, name, target):
         yield
     finally:
         link.unlink()
+        if link.parent != devices:
+            link.parent.rmdir()
 
 
 @contextlib.contextmanager
