@@ -102,7 +102,7 @@ void writeJunctionName(std::wstring_view target, LinkTarget& name) noexcept {
     name[0] = L'\0';
     // The network form is looked for first, so that "\\?\C:\x" counts as a network path too.
     if (target.starts_with(L"\\\\")) {
-        writeTarget(L"\\??\\UNC", target.substr(1), name);
+        writeTarget(L"\\??\\UNC", {target.data() + 1, target.size() - 1}, name);
     } else if (target.starts_with(L"\\?")) {
         writeTarget(L"", target, name);
     } else {
