@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <stdexcept>
 
@@ -112,6 +113,11 @@ std::string readFile(const std::wstring& path) {
 
 bool fileExists(const std::wstring& path) {
     return GetFileAttributesW(longForm(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::wstring builtPath(std::wstring path) {
+    std::ranges::replace(path, L'/', L'\\');
+    return path.starts_with(L'\\') ? L"Z:" + path : path;
 }
 
 }  // namespace testbed

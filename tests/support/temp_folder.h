@@ -30,4 +30,8 @@ void writeFile(const std::wstring& path, std::string_view content);
 std::string readFile(const std::wstring& path);
 bool fileExists(const std::wstring& path);
 
+// A path that the build wrote into the program, as the program sees it: where another system built it, that
+// system's root is a drive.
+std::wstring builtPath(std::wstring path);
+
 }  // namespace testbed

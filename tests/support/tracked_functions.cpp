@@ -10,6 +10,7 @@
 #include <objbase.h>
 #include <oleauto.h>
 #include <sddl.h>
+#include <shellapi.h>
 #include <tlhelp32.h>
 #include <userenv.h>
 #include <winnetwk.h>
@@ -331,8 +332,10 @@ const TrackedFunction functions[] = {
     GIVES(ReleaseDC, deviceContext, 1, nonZero),
     TAKES_RESULT(CreateCompatibleDC, graphicsObject, null),
     TAKES_RESULT(CreateCompatibleBitmap, graphicsObject, null),
+    TAKES_RESULT(CreateSolidBrush, graphicsObject, null),
     GIVES(DeleteDC, graphicsObject, 0, nonZero),
     GIVES(DeleteObject, graphicsObject, 0, nonZero),
+    TAKES_STORED(ExtractIconExW, icon, 3, nonZero),
     GIVES(DestroyIcon, icon, 0, nonZero),
 };
 

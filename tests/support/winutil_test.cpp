@@ -1,19 +1,10 @@
 #include "winutil_test.h"
 
+#include "thread_token.h"
+
 namespace testbed {
 
 namespace {
-
-constexpr const wchar_t* configuredFile = L"" WINUTIL_LIBRARY;
-
-bool isImpersonating() {
-    HANDLE token = nullptr;
-    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)) {
-        return GetLastError() != ERROR_NO_TOKEN;
-    }
-    CloseHandle(token);
-    return true;
-}
 
 void reportDifferences(const Ledger& ledger) {
     for (const std::string& difference : ledger.differences()) {
@@ -32,9 +23,7 @@ std::wstring copyLibrary(const TempFolder& folder, const std::wstring& name) {
 }  // namespace
 
 std::wstring libraryFile() {
-    const std::wstring file = configuredFile;
-    // Where the build runs on another system, its root is a drive.
-    return file.starts_with(L"/") ? L"Z:" + file : file;
+    return builtPath(L"" WINUTIL_LIBRARY);
 }
 
 FreshLibrary::FreshLibrary(const TempFolder& folder, const std::wstring& name)

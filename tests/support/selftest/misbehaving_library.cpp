@@ -39,6 +39,10 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
     return TRUE;
 }
 
+extern "C" {
+__declspec(dllexport) int exportedVariable = 1;
+}
+
 EXPORTED bool hasTickCount() {
     return tickCount != nullptr;
 }

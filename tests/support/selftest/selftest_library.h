@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "library_under_test.h"
+#include "temp_folder.h"
 
 namespace testbed {
 
 inline std::wstring misbehavingFile() {
-    const std::wstring file = L"" MISBEHAVING_LIBRARY;
-    return file.starts_with(L"/") ? L"Z:" + file : file;
+    return builtPath(L"" MISBEHAVING_LIBRARY);
 }
 
 class MisbehavingLibrary : public ::testing::Test {
