@@ -23,6 +23,7 @@ enum class Kind {
     pages,
     comMemory,
     comLibrary,
+    comReference,
     text,  // a BSTR
     handle,
     search,

@@ -166,7 +166,7 @@ public:
 
     // Does what the test put in place, or else calls the real function.
     template <class R, class... Args>
-    R pass(R (*)(Args...), Args... args) const;
+    R pass(R (*)(Args...), std::type_identity_t<Args>... args) const;
 
 private:
     const detail::Behaviour* behaviour() const;
@@ -204,7 +204,7 @@ R fromWord(std::uint64_t word) {
 }  // namespace detail
 
 template <class R, class... Args>
-R InterceptedCall::pass(R (*)(Args...), Args... args) const {
+R InterceptedCall::pass(R (*)(Args...), std::type_identity_t<Args>... args) const {
     const detail::Behaviour* placed = behaviour();
     if (placed == nullptr || (!placed->answer && !placed->body)) {
         return reinterpret_cast<R(WINAPI*)(Args...)>(const_cast<void*>(realFunction()))(args...);

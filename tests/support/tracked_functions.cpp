@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <string_view>
 
@@ -29,6 +30,20 @@ namespace testbed {
 namespace {
 
 // Functions that fit none of the templates.
+
+// Nothing reads zeros from fresh memory by chance.
+constexpr int freshMemory = 0xCD;
+
+void* WINAPI allocate(std::size_t size) {
+    const InterceptedCall call;
+    void* made = passOn<void*>(call, size);
+    const LastErrorKeeper keeper;
+    if (made != nullptr) {
+        std::memset(made, freshMemory, size);
+        call.ledger().take(Kind::memory, toWord(made), call.function(), call.caller());
+    }
+    return made;
+}
 
 void* WINAPI reallocate(void* block, std::size_t size) {
     const InterceptedCall call;
@@ -204,7 +219,7 @@ constexpr std::intptr_t invalid = -1;
 
 const TrackedFunction functions[] = {
     // Memory
-    TAKES_RESULT(malloc, memory, null),
+    TRACKED_BY(malloc, allocate),
     TAKES_RESULT(calloc, memory, null),
     TRACKED_BY(realloc, reallocate),
     TAKES_RESULT(_wcsdup, memory, null),
@@ -280,7 +295,7 @@ const TrackedFunction functions[] = {
 
     // Security descriptors and SIDs
     TAKES_STORED(ConvertSecurityDescriptorToStringSecurityDescriptorW, localBlock, 3, nonZero),
-    TAKES_STORED(ConvertStringSecurityDescriptorToSecurityDescriptorW, localBlock, 1, nonZero),
+    TAKES_STORED(ConvertStringSecurityDescriptorToSecurityDescriptorW, localBlock, 2, nonZero),
     TAKES_STORED(ConvertSidToStringSidW, localBlock, 1, nonZero),
     TAKES_STORED(ConvertSidToStringSidA, localBlock, 1, nonZero),
     TAKES_STORED(ConvertStringSidToSidW, localBlock, 1, nonZero),

@@ -53,6 +53,7 @@ const Violation violations[] = {
      crashed,
      {"ReadsOneByteBehindAnArray crashed: exception 0xc0000005", "behind the end of the content of a file",
       "support_selftest.exe+0x"}},
+    {"WritesBehindItsMemory", crashed, {"behind the end of a block of 20 bytes that the library allocated"}},
     {"ReadsTwoUnitsBehindAString", crashed, {"behind the end of the characters of a Java string"}},
     {"Aborts", crashed, {"DISABLED_Violation.Aborts crashed: abort"}},
 };

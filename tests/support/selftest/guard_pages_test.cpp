@@ -1,9 +1,14 @@
 #include "guard_pages.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <cstring>
+
+#include "guarded_heap.h"
+#include "selftest_library.h"
 
 namespace {
 
@@ -48,6 +53,20 @@ TEST(GuardPages, AreForgottenWithTheBuffer) {
         end = buffer.data() + 1;
     }
     EXPECT_EQ(guardedBufferBefore(end), "");
+}
+
+using GuardedHeapTest = MisbehavingLibrary;
+
+TEST_F(GuardedHeapTest, ServesTheLibrary) {
+    ASSERT_TRUE(library.load());
+    {
+        const GuardedHeap heap(library.system());
+        exported<void()>("growAndFree")();
+        EXPECT_NE(exported<int()>("readFreshMemory")(), 0);
+    }
+    library.unload();
+
+    EXPECT_THAT(ledger.differences(), ::testing::IsEmpty());
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <thread>
+
+#include "fake_com.h"
 #include "selftest_library.h"
 #include "temp_folder.h"
 
@@ -115,6 +118,39 @@ TEST_F(LedgerTest, KeepsWhatAFailingCloseDidNotTake) {
 
     ASSERT_THAT(ledger.differences(), ElementsAre(HasSubstr("taken by CreateFileW")));
     CloseHandle(reinterpret_cast<HANDLE>(ledger.left().front().value));
+}
+
+TEST_F(LedgerTest, FillsFreshMemory) {
+    EXPECT_NE(exported<int()>("readFreshMemory")(), 0);
+}
+
+TEST_F(LedgerTest, CountsReferencesToComObjects) {
+    FakeCom<IUnknown> object(ledger, IID_IUnknown);
+    auto* release = exported<void(IUnknown*)>("releaseIt");
+
+    IUnknown* reference = object.referenced();
+    EXPECT_THAT(ledger.differences(), ElementsAre(HasSubstr("COM reference")));
+    release(reference);
+    EXPECT_THAT(ledger.differences(), IsEmpty());
+    release(reference);
+    EXPECT_THAT(ledger.differences(), ElementsAre(HasSubstr("given back by Release")));
+}
+
+TEST_F(LedgerTest, KeepsUpWithManyThreads) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([this] {
+            for (int k = 0; k < 200; ++k) {
+                exported<void()>("growAndFree")();
+                exported<BOOL(const wchar_t*)>("openAndClose")(file.c_str());
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+
+    EXPECT_THAT(ledger.differences(), IsEmpty());
 }
 
 TEST_F(LedgerTest, CountsNothingFromBeforeTheStart) {

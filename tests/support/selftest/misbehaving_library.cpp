@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <float.h>
+#include <unknwn.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -57,6 +58,24 @@ EXPORTED void loseTheEvent() {
 
 EXPORTED void leakMemory(std::size_t size) {
     std::memset(std::malloc(size), 1, size);
+}
+
+// The first byte of fresh memory.
+EXPORTED int readFreshMemory() {
+    auto* block = static_cast<unsigned char*>(std::malloc(1));
+    const int first = *block;
+    std::free(block);
+    return first;
+}
+
+EXPORTED void writeBehind(std::size_t size) {
+    auto* block = static_cast<volatile char*>(std::malloc(size));
+    block[size] = 1;
+    std::free(const_cast<char*>(block));
+}
+
+EXPORTED void releaseIt(IUnknown* object) {
+    object->Release();
 }
 
 EXPORTED void growAndFree() {

@@ -1,5 +1,7 @@
 // Tests that do what no test may. They are switched off; gates_test.cpp runs each in a process of its own and
 // wants it to fail.
+#include "guarded_heap.h"
+#include "selftest_library.h"
 #include "winutil_test.h"
 
 namespace {
@@ -54,6 +56,14 @@ TEST_F(DISABLED_Violation, ReadsOneByteBehindAnArray) {
     const volatile std::byte* end = buffer.data() + buffer.size();
     const std::byte read = *end;
     EXPECT_EQ(read, std::byte{0});
+}
+
+TEST_F(DISABLED_Violation, WritesBehindItsMemory) {
+    LibraryUnderTest bad(misbehavingFile());
+    ASSERT_TRUE(bad.load());
+    const GuardedHeap heap(bad.system());
+
+    bad.exported<void(std::size_t)>("writeBehind")(20);
 }
 
 TEST_F(DISABLED_Violation, ReadsTwoUnitsBehindAString) {

@@ -1,0 +1,30 @@
+// Gives the DLL memory in which every mistake shows: a block ends at a guard page, holds no zeros by chance,
+// and is gone as soon as it is freed.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "guard_pages.h"
+#include "system_calls.h"
+
+namespace testbed {
+
+// Stands in for malloc, calloc, realloc and free until it goes out of scope. Blocks from before are freed as
+// ever.
+class GuardedHeap {
+public:
+    explicit GuardedHeap(SystemCalls& system);
+
+private:
+    void* allocate(std::size_t size, std::byte filling);
+    void* resize(void* block, std::size_t size);
+    bool release(void* block);
+
+    std::mutex mutex_;
+    std::map<void*, GuardedBuffer> blocks_;
+    std::vector<Replacement> replacements_;  // last, so that they end first
+};
+
+}  // namespace testbed
