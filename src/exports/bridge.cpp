@@ -40,6 +40,9 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isMethodSupported
                                                                                  jstring library,
                                                                                  jstring function) {
     const NarrowChars libraryName(env, library);
+    if (!libraryName) {
+        return JNI_FALSE;
+    }
     const NarrowChars functionName(env, function);
-    return toJava(isFunctionSupported(libraryName.get(), functionName.get()));
+    return toJava(functionName && isFunctionSupported(libraryName.get(), functionName.get()));
 }

@@ -32,12 +32,10 @@ JNIEXPORT jobject JNICALL Java_com_qarvo_kel_util_WindowsUtil_WinFile(JNIEnv* en
                                                                       jboolean withSecurity,
                                                                       jboolean securityOnFiles) {
     const WideString widePath = toWideString(env, path);
-    if (!widePath) {
-        return nullptr;
-    }
     ErrorBuffer reason;
-    jobject record = filesystem::makeWinFile(env, widePath.get(), fromJava(withSecurity),
-                                             fromJava(securityOnFiles), reason);
+    jobject record = widePath ? filesystem::makeWinFile(env, widePath.get(), fromJava(withSecurity),
+                                                        fromJava(securityOnFiles), reason)
+                              : nullptr;
     if (record == nullptr && !exceptionPending(env)) {
         // Without its reason: callers know a missing file by the class alone.
         throwFileNotFoundException(env, L"");
