@@ -1,0 +1,164 @@
+// Failures of the system as messages and as Java exceptions.
+#include <cstring>
+
+#include "winutil_test.h"
+
+namespace {
+
+using namespace testbed;
+
+// One way to each exception of the library.
+struct Raised {
+    const char* name;
+    const char* className;
+    const char* call;  // that fails
+    DWORD code;
+};
+
+class ExceptionTest : public WinUtilTest {
+protected:
+    // Lets a system call fail and calls a native method that throws for it.
+    void raise(const Raised& raised) {
+        const bool isOpen = std::string_view(raised.call) == "CreateFileW";
+        const std::uint64_t failure = isOpen ? ~0ull : 0;
+        const auto fail = system().answer(raised.call, failure, raised.code);
+        const auto sleep = system().answer("Sleep", 0);
+        if (isOpen) {
+            NATIVE(openFile)(L"C:\\x");
+        } else if (std::string_view(raised.call) == "CreateDirectoryW") {
+            NATIVE(mkdir)(L"C:\\x");
+        } else {
+            NATIVE(CovertEnvPathToFilePath)(L"C:\\x");
+        }
+    }
+
+    static std::wstring message(const Raised& raised) {
+        const std::string_view call = raised.call;
+        return call == "CreateFileW"        ? errorMessage(L"openFile", raised.code)
+               : call == "CreateDirectoryW" ? errorMessage(L"createDir", raised.code) + L", 'C:\\x'"
+                                            : errorMessage(L"CovertEnvPathToFilePath", raised.code);
+    }
+};
+
+class EachExceptionTest : public ExceptionTest, public ::testing::WithParamInterface<Raised> {};
+
+TEST_P(EachExceptionTest, IsThrownWithItsMessage) {
+    raise(GetParam());
+
+    EXPECT_EQ(java.takeException(), (Thrown{GetParam().className, message(GetParam())}));
+    EXPECT_EQ(java.count("Throw"), 1u);
+}
+
+TEST_P(EachExceptionTest, LeavesTheJvmsErrorWhereItsClassIsMissing) {
+    java.removeClass(GetParam().className);
+
+    raise(GetParam());
+
+    EXPECT_EQ(java.takeException().className, "java/lang/NoClassDefFoundError");
+    EXPECT_EQ(java.count("GetMethodID"), 0u);
+    EXPECT_EQ(java.count("Throw"), 0u);
+}
+
+TEST_P(EachExceptionTest, LeavesTheJvmsErrorWhereItsConstructorIsMissing) {
+    java.removeMethod(GetParam().className, "<init>", "(Ljava/lang/String;)V");
+
+    raise(GetParam());
+
+    EXPECT_EQ(java.takeException().className, "java/lang/NoSuchMethodError");
+    EXPECT_EQ(java.count("NewObject"), 0u);
+    EXPECT_EQ(java.count("Throw"), 0u);
+}
+
+TEST_P(EachExceptionTest, LeavesTheJvmsErrorWhereItHasNoMemory) {
+    for (const char* function : {"NewString", "FindClass", "GetMethodID", "NewObject"}) {
+        java.failCall(function);
+
+        raise(GetParam());
+
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << function;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Classes, EachExceptionTest,
+    ::testing::Values(Raised{"IO", "java/io/IOException", "CreateFileW", 5},
+                      Raised{"FileNotFound", "java/io/FileNotFoundException", "CreateFileW", 2},
+                      Raised{"SharingViolation", "com/qarvo/dov/io/SharingViolationException", "CreateFileW",
+                             32},
+                      Raised{"DiskFull", "com/qarvo/dov/io/DiskFullException", "CreateDirectoryW", 112},
+                      Raised{"Security", "java/lang/SecurityException", "CreateDirectoryW", 5},
+                      Raised{"Runtime", "java/lang/RuntimeException", "ExpandEnvironmentStringsW", 5}),
+    [](const auto& raised) { return raised.param.name; });
+
+class MessageTest : public WinUtilTest {
+protected:
+    // The message of a call that fails with a code.
+    std::wstring messageOf(DWORD code) {
+        const auto fail = system().answer("ExpandEnvironmentStringsW", 0, code);
+        NATIVE(CovertEnvPathToFilePath)(L"x");
+        return java.takeException().message;
+    }
+
+    // The system has this text for every code.
+    Replacement setSystemText(const std::wstring& text) {
+        return REPLACE(FormatMessageW, [text](DWORD, LPCVOID, DWORD, DWORD, LPWSTR buffer, DWORD, va_list*) {
+            const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+            auto* copy = static_cast<wchar_t*>(::LocalAlloc(LMEM_FIXED, bytes));
+            std::memcpy(copy, text.c_str(), bytes);
+            *reinterpret_cast<wchar_t**>(buffer) = copy;
+            return static_cast<DWORD>(text.size());
+        });
+    }
+};
+
+TEST_F(MessageTest, HasTagCodeAndTheTextOfTheSystemWithItsLineEnd) {
+    const std::wstring message = messageOf(ERROR_ACCESS_DENIED);
+
+    EXPECT_EQ(message, L"[CovertEnvPathToFilePath] (5) " + systemText(ERROR_ACCESS_DENIED));
+    EXPECT_TRUE(message.ends_with(L"\r\n"));
+}
+
+TEST_F(MessageTest, AsksForTheTextInTheUsersLanguage) {
+    const auto ask = system().watch("FormatMessageW");
+
+    messageOf(ERROR_ACCESS_DENIED);
+
+    ASSERT_EQ(ask.count(), 1u);
+    const RecordedCall call = ask.calls()[0];
+    EXPECT_EQ(call.argument<DWORD>(0), 0x1300u);
+    EXPECT_EQ(call.argument<const void*>(1), nullptr);
+    EXPECT_EQ(call.argument<DWORD>(2), 5u);
+    EXPECT_EQ(call.argument<DWORD>(3), 0x400u);
+    EXPECT_EQ(call.argument<DWORD>(5), 0u);
+    EXPECT_EQ(call.argument<const void*>(6), nullptr);
+}
+
+TEST_F(MessageTest, ShowsTheCodeAsASignedNumber) {
+    constexpr DWORD codeWithoutText = 0xEFFFFFFF;
+    ASSERT_EQ(systemText(codeWithoutText), L"");
+
+    EXPECT_EQ(messageOf(codeWithoutText),
+              L"[CovertEnvPathToFilePath] (-268435457) Failed to obtain error message");
+    EXPECT_EQ(messageOf(0), errorMessage(L"CovertEnvPathToFilePath", 0));
+}
+
+TEST_F(MessageTest, TakesATextThatLooksLikeAFormatAsItIs) {
+    const auto text = setSystemText(L"%s %1 100%n");
+
+    EXPECT_EQ(messageOf(5), L"[CovertEnvPathToFilePath] (5) %s %1 100%n");
+}
+
+TEST_F(MessageTest, IsNeverCutShort) {
+    const std::wstring start = L"[CovertEnvPathToFilePath] (5) ";
+    {
+        const std::wstring fits(4095 - start.size(), L'x');
+        const auto text = setSystemText(fits);
+        EXPECT_EQ(messageOf(5), start + fits);
+    }
+    for (const std::size_t excess : {1u, 2u, 5000u}) {
+        const auto text = setSystemText(std::wstring(4095 - start.size() + excess, L'x'));
+        EXPECT_EQ(messageOf(5), start + L"Failed to obtain error message");
+    }
+}
+
+}  // namespace

@@ -1,0 +1,379 @@
+// The record of one file.
+#include "reparse_disk.h"
+
+namespace {
+
+using namespace testbed;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+constexpr const char* newerConstructor = "(Ljava/lang/String;ZJJILjava/lang/String;BLjava/lang/String;)V";
+constexpr const char* olderConstructor = "(Ljava/lang/String;ZJJILjava/lang/String;Z)V";
+constexpr const char* recordClass = "com/qarvo/kel/util/WinFileList$WinFile";
+
+// The fields of a record, in the order of the constructor.
+struct Fields {
+    std::wstring path;
+    bool directory;
+    jlong size;
+    jlong lastModified;
+    jlong attributes;
+    std::wstring security;
+    jlong kind;
+    std::wstring target;
+    bool operator==(const Fields&) const = default;
+};
+
+Fields fieldsOf(const JavaObject& record) {
+    EXPECT_EQ(record.className(), recordClass);
+    EXPECT_EQ(record.constructor(), newerConstructor);
+    const Arguments& a = record.arguments();
+    return {a.at(0).text(),   a.at(1).boolean(), a.at(2).number(), a.at(3).number(),
+            a.at(4).number(), a.at(5).text(),    a.at(6).number(), a.at(7).text()};
+}
+
+class RecordTest : public WinUtilTest {
+protected:
+    JavaObject record(const std::wstring& path, bool withSecurity = false, bool securityOnFiles = false) {
+        return NATIVE(WinFile)(path, static_cast<jboolean>(withSecurity),
+                               static_cast<jboolean>(securityOnFiles));
+    }
+
+    // Every path whose form is not refused has these attributes.
+    Replacement answerAttributes(DWORD attributes, bool onlyLongForm = false) {
+        return REPLACE(GetFileAttributesExW, [this, attributes, onlyLongForm](
+                                                 LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data) {
+            EXPECT_EQ(level, GetFileExInfoStandard);
+            queries.emplace_back(path);
+            if (onlyLongForm && !queries.back().starts_with(L"\\\\?\\")) {
+                SetLastError(ERROR_FILENAME_EXCED_RANGE);
+                return FALSE;
+            }
+            *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data) = {
+                attributes, {1, 1}, {2, 2}, {0xD53E58EF, 0x019DB1DE}, 1, 2};
+            return TRUE;
+        });
+    }
+
+    std::vector<std::wstring> queries;
+};
+
+TEST_F(RecordTest, TellsWhatAFileIs) {
+    const std::wstring path = folder() / L"file \x00E4\xD83D\xDE00";
+    writeFile(path, "12345");
+    ASSERT_TRUE(NATIVE(setLastModified)(path, -86400000));
+
+    EXPECT_EQ(fieldsOf(record(path)),
+              (Fields{path, false, 5, -86400000, static_cast<jlong>(GetFileAttributesW(path.c_str())), L"", 2,
+                      L""}));
+}
+
+TEST_F(RecordTest, TellsWhatAFolderIs) {
+    const std::wstring path = folder().path();
+    ASSERT_TRUE(NATIVE(setLastModified)(path, 1234567890123));
+
+    EXPECT_EQ(fieldsOf(record(path)),
+              (Fields{path, true, 0, 1234567890123, static_cast<jlong>(GetFileAttributesW(path.c_str())), L"",
+                      0, L""}));
+}
+
+TEST_F(RecordTest, HasSizeTimeAndAttributesAsTheSystemGivesThem) {
+    const auto query = answerAttributes(0x80000020);
+
+    EXPECT_EQ(fieldsOf(record(L"C:\\x")),
+              (Fields{L"C:\\x", false, 0x100000002, -2, static_cast<jint>(0x80000020), L"", 2, L""}));
+    EXPECT_THAT(queries, ElementsAre(L"C:\\x"));
+}
+
+TEST_F(RecordTest, HasTheOlderFormWhereTheClassHasNoOther) {
+    java.removeMethod(recordClass, "<init>", newerConstructor);
+    for (const DWORD attributes : {0x420u, 0x20u}) {
+        const auto query = answerAttributes(attributes);
+
+        const JavaObject made = record(L"C:\\x");
+
+        EXPECT_EQ(made.constructor(), olderConstructor);
+        const Arguments& a = made.arguments();
+        ASSERT_EQ(a.size(), 7u);
+        EXPECT_EQ(a[0].text(), L"C:\\x");
+        EXPECT_FALSE(a[1].boolean());
+        EXPECT_EQ(a[2].number(), 0x100000002);
+        EXPECT_EQ(a[3].number(), -2);
+        EXPECT_EQ(a[4].number(), attributes);
+        EXPECT_EQ(a[5].text(), L"");
+        EXPECT_EQ(a[6].boolean(), attributes == 0x420u);
+    }
+}
+
+TEST_F(RecordTest, IsMissedLikeAFileWhereTheClassHasNoConstructor) {
+    java.removeMethod(recordClass, "<init>", newerConstructor);
+    java.removeMethod(recordClass, "<init>", olderConstructor);
+
+    EXPECT_FALSE(record(folder().path()));
+
+    EXPECT_EQ(java.takeException(), fileNotFound(L""));
+}
+
+TEST_F(RecordTest, IsMissedLikeAFileWhereThereIsNoClass) {
+    java.removeClass(recordClass);
+
+    EXPECT_FALSE(record(folder().path()));
+
+    EXPECT_EQ(java.takeException(), fileNotFound(L""));
+}
+
+TEST_F(RecordTest, LeavesWhatItsConstructorThrows) {
+    for (const bool newer : {true, false}) {
+        if (!newer) {
+            java.removeMethod(recordClass, "<init>", newerConstructor);
+        }
+        java.failCall("NewObject", 1, "java/lang/IllegalStateException");
+
+        EXPECT_FALSE(record(folder().path()));
+
+        EXPECT_EQ(java.takeException().className, "java/lang/IllegalStateException");
+    }
+}
+
+TEST_F(RecordTest, LeavesTheErrorOfAJvmWithoutMemory) {
+    const std::pair<const char*, std::size_t> steps[] = {
+        {"GetStringChars", 1}, {"NewString", 1}, {"NewString", 2}, {"NewString", 3}, {"NewObject", 1}};
+    for (const auto& [function, k] : steps) {
+        java.failCall(function, k);
+
+        EXPECT_FALSE(record(folder().path())) << function << k;
+
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << function << k;
+    }
+}
+
+TEST_F(RecordTest, IsMissedLikeAFileWithoutMemoryForItsPath) {
+    const auto fail = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_FALSE(record(folder().path()));
+
+    EXPECT_EQ(java.takeException(), fileNotFound(L""));
+}
+
+TEST_F(RecordTest, IsMissedWithoutAMessageWhereThereIsNoFile) {
+    for (const std::wstring& path :
+         {folder() / L"missing", L"\\\\?\\" + (folder() / L"missing"), std::wstring()}) {
+        EXPECT_FALSE(record(path));
+
+        EXPECT_EQ(java.takeException(), fileNotFound(L""));
+    }
+}
+
+TEST_F(RecordTest, OfTwoBackslashesIsRefusedWithoutAskingTheSystem) {
+    EXPECT_FALSE(record(L"\\\\"));
+
+    EXPECT_EQ(java.takeException(), fileNotFound(L""));
+    EXPECT_EQ(system().count("GetFileAttributesExW"), 0u);
+}
+
+TEST_F(RecordTest, IsReadByTheLongFormAndNamedAsGiven) {
+    const auto query = answerAttributes(FILE_ATTRIBUTE_ARCHIVE, true);
+    std::vector<std::wstring> read;
+    const auto security = REPLACE(GetFileSecurityW, [&](LPCWSTR path, SECURITY_INFORMATION,
+                                                        PSECURITY_DESCRIPTOR descriptor, DWORD, LPDWORD) {
+        read.emplace_back(path);
+        return InitializeSecurityDescriptor(descriptor, SECURITY_DESCRIPTOR_REVISION);
+    });
+    const auto convert = system().answer("ConvertSecurityDescriptorToStringSecurityDescriptorW", FALSE, 87);
+
+    EXPECT_EQ(fieldsOf(record(L"C:/x", true, true)),
+              (Fields{L"C:/x", false, 0x100000002, -2, 0x20, L"", 2, L""}));
+
+    EXPECT_THAT(queries, ElementsAre(L"C:/x", L"\\\\?\\C:\\x"));
+    EXPECT_THAT(read, ElementsAre(L"\\\\?\\C:\\x"));
+}
+
+TEST_F(RecordTest, IsAskedForOnceByALongForm) {
+    const auto fail = system().answer("GetFileAttributesExW", FALSE, ERROR_ACCESS_DENIED);
+
+    EXPECT_FALSE(record(L"\\\\?\\C:\\x"));
+
+    EXPECT_EQ(fail.count(), 1u);
+    EXPECT_EQ(java.takeException(), fileNotFound(L""));
+}
+
+TEST_F(RecordTest, IsMissedWithoutMemoryForTheLongForm) {
+    const auto fail = system().answer("GetFileAttributesExW", FALSE, ERROR_ACCESS_DENIED);
+    const auto noMemory = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_FALSE(record(L"C:\\x"));
+
+    EXPECT_EQ(java.takeException(), fileNotFound(L""));
+    EXPECT_EQ(fail.calls().at(1).argument<LPCWSTR>(0), nullptr);
+}
+
+TEST_F(RecordTest, HasTheDescriptorOnlyWhenItIsAskedFor) {
+    const std::wstring file = folder() / L"file";
+    writeFile(file, "content");
+
+    EXPECT_EQ(fieldsOf(record(file, false, true)).security, L"");
+    EXPECT_EQ(fieldsOf(record(file, true, false)).security, L"");
+    EXPECT_EQ(fieldsOf(record(folder().path(), false, true)).security, L"");
+    EXPECT_EQ(system().count("GetFileSecurityW"), 0u);
+
+    EXPECT_THAT(fieldsOf(record(file, true, true)).security, StartsWith(L"O:"));
+    EXPECT_THAT(fieldsOf(record(folder().path(), true, false)).security, StartsWith(L"O:"));
+}
+
+TEST_F(RecordTest, HasNoDescriptorOfAFolderOnAnotherFileSystem) {
+    const auto information = REPLACE(GetVolumeInformationW, [](LPCWSTR, LPWSTR, DWORD, LPDWORD, LPDWORD,
+                                                               LPDWORD, LPWSTR fileSystem, DWORD size) {
+        wcscpy_s(fileSystem, size, L"FAT32");
+        return TRUE;
+    });
+
+    EXPECT_EQ(fieldsOf(record(folder().path(), true, true)).security, L"");
+
+    EXPECT_EQ(information.count(), 1u);
+    EXPECT_EQ(system().count("GetFileSecurityW"), 0u);
+}
+
+TEST_F(RecordTest, AsksForTheVolumeOfThePathAsGiven) {
+    const auto query = answerAttributes(FILE_ATTRIBUTE_DIRECTORY, true);
+    std::vector<std::wstring> volumes;
+    const auto volume = REPLACE(GetVolumePathNameW, [&](LPCWSTR path, LPWSTR, DWORD) {
+        volumes.emplace_back(path);
+        return FALSE;
+    });
+
+    record(L"C:/x", true, true);
+
+    EXPECT_THAT(volumes, ElementsAre(L"C:/x"));
+}
+
+TEST_F(RecordTest, IsWholeWithoutADescriptorThatCannotBeRead) {
+    // Longer than the note about it has room for.
+    for (const std::wstring& path : {std::wstring(L"C:\\x"), std::wstring(9000, L'x')}) {
+        const auto query = answerAttributes(FILE_ATTRIBUTE_ARCHIVE);
+        const auto security = system().answer("GetFileSecurityW", FALSE, ERROR_ACCESS_DENIED);
+        const auto again = system().answer("GetNamedSecurityInfoW", ERROR_ACCESS_DENIED);
+        const auto convert =
+            system().answer("ConvertSecurityDescriptorToStringSecurityDescriptorW", FALSE, 87);
+
+        EXPECT_EQ(fieldsOf(record(path, true, true)),
+                  (Fields{path, false, 0x100000002, -2, 0x20, L"", 2, L""}));
+    }
+}
+
+class LinkRecordTest : public RecordTest {
+protected:
+    Fields fields(const std::wstring& path) { return fieldsOf(record(path)); }
+
+    ReparseDisk disk{system()};
+};
+
+TEST_F(LinkRecordTest, HasKindAndTargetOfALink) {
+    disk.put(L"C:\\junction", FILE_ATTRIBUTE_DIRECTORY, {.path = L"\\??\\D:\\data"});
+    disk.put(L"C:\\dirlink", FILE_ATTRIBUTE_DIRECTORY,
+             {.tag = IO_REPARSE_TAG_SYMLINK, .path = L"\\??\\D:\\data"});
+    disk.put(L"C:\\filelink", FILE_ATTRIBUTE_ARCHIVE, {.tag = IO_REPARSE_TAG_SYMLINK, .path = L"..\\x"});
+
+    EXPECT_EQ(fields(L"C:\\junction"),
+              (Fields{L"C:\\junction", true, 0, -11644473600000, 0x410, L"", 16, L"D:\\data"}));
+    EXPECT_EQ(fields(L"C:\\dirlink"),
+              (Fields{L"C:\\dirlink", true, 0, -11644473600000, 0x410, L"", 18, L"D:\\data"}));
+    EXPECT_EQ(fields(L"C:\\filelink"),
+              (Fields{L"C:\\filelink", false, 0, -11644473600000, 0x420, L"", 17, L"..\\x"}));
+}
+
+TEST_F(LinkRecordTest, SeesAFolderWhereAVolumeIsMounted) {
+    for (const wchar_t* target : {L"\\??\\Volume{1}\\", L"\\??\\VOLUME{1}\\", L"\\??\\volume"}) {
+        disk.put(L"C:\\mount", FILE_ATTRIBUTE_DIRECTORY, {.path = target});
+        disk.put(L"C:\\link", FILE_ATTRIBUTE_DIRECTORY, {.tag = IO_REPARSE_TAG_SYMLINK, .path = target});
+
+        EXPECT_EQ(fields(L"C:\\mount").kind, 0);
+        EXPECT_EQ(fields(L"C:\\mount").target, L"");
+        EXPECT_EQ(fields(L"C:\\link").kind, 0);
+        EXPECT_EQ(fields(L"C:\\link").target, L"");
+    }
+}
+
+TEST_F(LinkRecordTest, SeesALinkWhereTheVolumeIsNotTheWholeStory) {
+    disk.put(L"C:\\file", FILE_ATTRIBUTE_ARCHIVE,
+             {.tag = IO_REPARSE_TAG_SYMLINK, .path = L"\\??\\Volume{1}\\x"});
+    disk.put(L"C:\\near", FILE_ATTRIBUTE_DIRECTORY, {.path = L"\\??\\Volum"});
+
+    EXPECT_EQ(fields(L"C:\\file").kind, 17);
+    EXPECT_EQ(fields(L"C:\\file").target, L"\\\\?\\Volume{1}\\x");
+    EXPECT_EQ(fields(L"C:\\near").kind, 16);
+    EXPECT_EQ(fields(L"C:\\near").target, L"Volum");
+}
+
+TEST_F(LinkRecordTest, SeesPlainFilesAndFoldersBehindOtherTags) {
+    disk.put(L"C:\\file", FILE_ATTRIBUTE_ARCHIVE, {.tag = 0x9000001A});
+    disk.put(L"C:\\folder", FILE_ATTRIBUTE_DIRECTORY, {.tag = 0x9000001A});
+
+    EXPECT_EQ(fields(L"C:\\file").kind, 2);
+    EXPECT_EQ(fields(L"C:\\folder").kind, 0);
+    EXPECT_EQ(fields(L"C:\\folder").target, L"");
+}
+
+TEST_F(LinkRecordTest, SeesPlainFilesAndFoldersWhereTheLinkCannotBeRead) {
+    disk.put(L"C:\\file", FILE_ATTRIBUTE_ARCHIVE, {.tag = IO_REPARSE_TAG_SYMLINK});
+    disk.put(L"C:\\folder", FILE_ATTRIBUTE_DIRECTORY, {});
+
+    disk.controlError = ERROR_NOT_A_REPARSE_POINT;
+    EXPECT_EQ(fields(L"C:\\file").kind, 2);
+    EXPECT_EQ(fields(L"C:\\folder").kind, 0);
+
+    disk.openError = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(fields(L"C:\\file").kind, 2);
+    EXPECT_EQ(fields(L"C:\\folder").kind, 0);
+}
+
+TEST_F(LinkRecordTest, OpensNothingThatIsNoLink) {
+    disk.entries[L"C:\\file"] = {FILE_ATTRIBUTE_ARCHIVE, {}};
+
+    EXPECT_EQ(fields(L"C:\\file").kind, 2);
+
+    EXPECT_THAT(disk.opens, IsEmpty());
+}
+
+class AttributeWordTest : public RecordTest {};
+
+TEST_F(AttributeWordTest, IsThatOfTheSystem) {
+    writeFile(folder() / L"file", "");
+    ASSERT_TRUE(SetFileAttributesW((folder() / L"file").c_str(), FILE_ATTRIBUTE_READONLY));
+
+    EXPECT_EQ(NATIVE(getFileAttr)(folder() / L"file"),
+              static_cast<jint>(GetFileAttributesW((folder() / L"file").c_str())));
+    EXPECT_EQ(NATIVE(getFileAttr)(folder().path()),
+              static_cast<jint>(GetFileAttributesW(folder().path().c_str())));
+    EXPECT_EQ(NATIVE(getFileAttr)(folder() / L"missing"), -1);
+    const auto query = answerAttributes(0x80000020);
+    EXPECT_EQ(NATIVE(getFileAttr)(L"C:\\x"), static_cast<jint>(0x80000020));
+}
+
+TEST_F(AttributeWordTest, IsAskedForByTheLongFormInAnotherWay) {
+    const auto fail = system().answer("GetFileAttributesExW", FALSE, ERROR_FILENAME_EXCED_RANGE);
+    std::vector<std::wstring> paths;
+    DWORD answer = 0x21;
+    const auto word = REPLACE(GetFileAttributesW, [&](LPCWSTR path) {
+        paths.emplace_back(path);
+        return answer;
+    });
+
+    EXPECT_EQ(NATIVE(getFileAttr)(L"C:/x"), 0x21);
+    answer = INVALID_FILE_ATTRIBUTES;
+    EXPECT_EQ(NATIVE(getFileAttr)(L"\\\\?\\C:\\x"), -1);
+
+    EXPECT_THAT(paths, ElementsAre(L"\\\\?\\C:\\x", L"\\\\?\\C:\\x"));
+    EXPECT_EQ(fail.count(), 2u);
+}
+
+TEST_F(AttributeWordTest, IsMinusOneWithoutMemory) {
+    const auto fail = system().answer("GetFileAttributesExW", FALSE, ERROR_FILENAME_EXCED_RANGE);
+    const auto noMemory = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_EQ(NATIVE(getFileAttr)(L"C:\\x"), -1);
+
+    EXPECT_EQ(system().count("GetFileAttributesW"), 0u);
+}
+
+}  // namespace
