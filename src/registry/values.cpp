@@ -24,10 +24,10 @@ constexpr std::size_t shortTextCapacity = 2048;  // characters
 constexpr DWORD shortTextSize = 1024;            // bytes
 
 // The block that a text of any size is read into, in bytes, and where a value that is larger at each look is
-// given up.
+// given up: at four times what the registry promises to hold in one value.
 constexpr DWORD firstBlockSize = 8192;
 constexpr DWORD blockGrowth = 4096;
-constexpr DWORD largestBlockSize = 0x4000000;
+constexpr DWORD largestBlockSize = 0x400000;
 
 // The calls of the two families under one name each.
 

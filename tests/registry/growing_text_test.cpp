@@ -173,7 +173,7 @@ TEST_F(GrowingRegistryText, GivesUpAValueThatIsAlwaysLarger) {
             return LSTATUS{ERROR_MORE_DATA};
         });
     EXPECT_EQ(get(pathOf(L"value")), L"");
-    EXPECT_EQ(rooms.back(), 0x4000000U);
+    EXPECT_EQ(rooms.back(), 0x400000U);
 }
 
 TEST_F(GrowingRegistryText, FailsWithoutMemoryToGrow) {
