@@ -10,7 +10,7 @@ jmethodID findMethod(JNIEnv* env, jclass type, const JavaMethod& method) noexcep
 
 jmethodID findCollectorMethod(JNIEnv* env, jobject collector, const JavaMethod& method) noexcept {
     const LocalRef type(env, env->GetObjectClass(collector));
-    const jmethodID found = findMethod(env, type.get(), method);
+    const jmethodID found = type ? findMethod(env, type.get(), method) : nullptr;
     if (found == nullptr) {
         env->ExceptionClear();
     }

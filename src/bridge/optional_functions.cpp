@@ -92,12 +92,20 @@ bool isWow64() noexcept {
     return wow64 != FALSE;
 }
 
+void findVolumePath(const wchar_t* path, VolumePath& volume) noexcept {
+    std::wmemset(volume, L'\0', volumePathCapacity);
+    if (getVolumePathName != nullptr) {
+        // Whether it succeeded shows in the text.
+        getVolumePathName(path, volume, volumePathCapacity);
+    }
+}
+
 bool isNtfsVolume(const wchar_t* path) noexcept {
     if (getVolumePathName == nullptr || getVolumeInformation == nullptr) {
         return false;
     }
-    wchar_t volume[512];
-    if (!getVolumePathName(path, volume, static_cast<DWORD>(std::size(volume)))) {
+    VolumePath volume;
+    if (!getVolumePathName(path, volume, volumePathCapacity)) {
         return false;
     }
     wchar_t fileSystem[260];

@@ -46,6 +46,13 @@ bool enableWow64Redirection(bool enable) noexcept;
 // Returns whether this is a 32-bit process on a 64-bit system; false when that cannot be told.
 bool isWow64() noexcept;
 
+// Characters of a volume's mount point, the terminator included.
+inline constexpr DWORD volumePathCapacity = 512;
+using VolumePath = wchar_t[volumePathCapacity];
+
+// Writes where the volume of `path` is mounted; an empty text when that cannot be told.
+void findVolumePath(const wchar_t* path, VolumePath& volume) noexcept;
+
 // Returns whether the file system of the volume that holds `path` has "NTFS" in its name; false when it
 // cannot be told.
 bool isNtfsVolume(const wchar_t* path) noexcept;

@@ -78,6 +78,14 @@ struct SearchHandleKind {
 };
 using SearchHandle = Owned<SearchHandleKind>;
 
+// A search for volumes.
+struct VolumeSearchKind {
+    using Value = HANDLE;
+    static Value none() noexcept { return INVALID_HANDLE_VALUE; }
+    static void close(Value value) noexcept { FindVolumeClose(value); }
+};
+using VolumeSearch = Owned<VolumeSearchKind>;
+
 // A module reference taken with LoadLibrary.
 struct ModuleKind {
     using Value = HMODULE;
@@ -144,6 +152,12 @@ HeapMemory<T> allocate(std::size_t count) noexcept {
         return {};
     }
     return HeapMemory<T>(static_cast<T*>(std::malloc(count * sizeof(T))));
+}
+
+// The same, every byte of it zero.
+template <class T>
+HeapMemory<T> allocateZeroed(std::size_t count) noexcept {
+    return HeapMemory<T>(static_cast<T*>(std::calloc(count, sizeof(T))));
 }
 
 }  // namespace winutil
