@@ -7,6 +7,7 @@ import static com.qarvo.winutil.bench.Contender.FILE_INPUT_STREAM;
 import static com.qarvo.winutil.bench.Contender.FILE_OUTPUT_STREAM;
 import static com.qarvo.winutil.bench.Contender.IO_FILE;
 import static com.qarvo.winutil.bench.Contender.JNA_DIRECT;
+import static com.qarvo.winutil.bench.Contender.JNA_PLATFORM;
 import static com.qarvo.winutil.bench.Contender.NIO_ACL;
 import static com.qarvo.winutil.bench.Contender.NIO_STREAM;
 import static com.qarvo.winutil.bench.Contender.NIO_WALK;
@@ -34,8 +35,9 @@ final class Aims {
     private static final String LARGE = "1 MiB";
 
     private static final Map<String, Map<String, Double>> AIMS = Map.ofEntries(
-            Map.entry(LISTING, Map.of(BARE, 1.12, NIO_STREAM, 0.42, JNA_DIRECT, 0.80, NIO_WALK, 1.06)),
-            Map.entry(SECURITY, Map.of(BARE, 1.04, NIO_ACL, 0.30, JNA_DIRECT, 0.65)),
+            Map.entry(LISTING, Map.of(BARE, 1.12, NIO_STREAM, 0.42, NIO_WALK, 1.06, JNA_PLATFORM, 0.80,
+                    JNA_DIRECT, 0.80)),
+            Map.entry(SECURITY, Map.of(BARE, 1.04, NIO_ACL, 0.30, JNA_PLATFORM, 0.65, JNA_DIRECT, 0.65)),
             Map.entry(READ_DIRECT + SMALL, Map.of(BARE, 1.02, FILE_CHANNEL, 1.00)),
             Map.entry(READ_DIRECT + LARGE, Map.of(BARE, 1.02, FILE_CHANNEL, 1.00)),
             Map.entry(WRITE_DIRECT + SMALL, Map.of(BARE, 1.02, FILE_CHANNEL, 1.00)),
@@ -45,8 +47,8 @@ final class Aims {
             Map.entry(WRITE_ARRAY + SMALL, Map.of(FILE_OUTPUT_STREAM, 1.00)),
             Map.entry(WRITE_ARRAY + LARGE, Map.of(FILE_OUTPUT_STREAM, 1.00)),
             Map.entry(SMALL_FILES, Map.of(BARE, 1.03, FILE_CHANNEL, 1.00)),
-            Map.entry(EXISTS, Map.of(BARE, 1.06, IO_FILE, 0.96, JNA_DIRECT, 0.88)),
-            Map.entry(ATTRIBUTES, Map.of(BARE, 1.06, JNA_DIRECT, 0.88)),
+            Map.entry(EXISTS, Map.of(BARE, 1.06, IO_FILE, 0.96, JNA_PLATFORM, 0.88, JNA_DIRECT, 0.88)),
+            Map.entry(ATTRIBUTES, Map.of(BARE, 1.06, JNA_PLATFORM, 0.88, JNA_DIRECT, 0.88)),
             Map.entry(LAST_MODIFIED, Map.of(BARE, 1.06, IO_FILE, 0.96, JNA_DIRECT, 0.88)),
             Map.entry(LOAD, Map.of(EMPTY_DLL, 1.5)));
 

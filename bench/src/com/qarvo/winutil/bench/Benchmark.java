@@ -62,7 +62,8 @@ public final class Benchmark implements Callable<Integer> {
     @Override
     public Integer call() throws Exception {
         System.out.println(Report.versions());
-        Path folder = data == null ? Files.createTempDirectory("winutil-bench") : Files.createDirectories(data);
+        Path parent = data == null ? Files.createTempDirectory("winutil-bench") : Files.createDirectories(data);
+        Path folder = parent.toRealPath(); // in the case in which its names are written on the disk
         try {
             runAll(folder, quick ? Scale.QUICK : Scale.FULL);
         } catch (Contender.WrongResult e) {
@@ -86,9 +87,7 @@ public final class Benchmark implements Callable<Integer> {
             run(runner, List.of(SecurityJob.listing(Tree.mixed(folder, "secured", scale.withSecurity()),
                     scale.withSecurity())));
         }
-        Path large = Tree.large(folder, "large.data", scale.transferred());
-        run(runner, TransferJobs.all(large, scale.transferred(), SMALL_BLOCK));
-        run(runner, TransferJobs.all(large, scale.transferred(), LARGE_BLOCK));
+        runTransfers(runner, Tree.large(folder, "large.data", scale.transferred()), scale);
         try (SmallFileJobs jobs = new SmallFileJobs(Tree.smallFiles(folder, "small", scale.smallFiles()))) {
             run(runner, jobs.all());
         }
@@ -97,6 +96,12 @@ public final class Benchmark implements Callable<Integer> {
             add(new MemoryJob(many, scale.manyEntries()).run(quick ? 1 : MEMORY_ROUNDS));
         }
         runLoad(scale);
+    }
+
+    private void runTransfers(Runner runner, Path large, Scale scale) throws Exception {
+        run(runner, TransferJobs.all(large, scale.transferred(), SMALL_BLOCK));
+        run(runner, TransferJobs.all(large, scale.transferred(), LARGE_BLOCK));
+        Files.delete(large);
     }
 
     private void runLoad(Scale scale) throws Exception {

@@ -1,7 +1,5 @@
 package com.qarvo.winutil.bench;
 
-import com.sun.jna.WString;
-import com.sun.jna.platform.win32.WinNT;
 import java.io.IOException;
 import java.io.OutputStream;
 import java.io.UncheckedIOException;
@@ -19,7 +17,6 @@ final class Tree {
     private static final int DIRECTORY_INTERVAL = 20;
     /** Every eleventh entry that is a file has content and a time of its own, every other of them is hidden. */
     private static final int SPECIAL_INTERVAL = 11;
-    private static final int FILE_FLAG_POSIX_SEMANTICS = 0x01000000;
     private static final int SMALL_FILE_SIZE = 4096;
     private static final int BLOCK = 1 << 20;
     private static final long TIME_STEP = 61_007;
@@ -53,17 +50,10 @@ final class Tree {
         return directory.resolve(String.format("entry with a common name %06d.data", number));
     }
 
-    /**
-     * Makes an empty file under exactly that name. Where names are matched without regard to case by looking through
-     * the directory, the ordinary way takes longer with each file, minutes for the largest directory.
-     */
     private static void createFile(Path path) throws IOException {
-        long file = DirectMapping.CreateFileW(new WString(path.toString()), WinNT.GENERIC_WRITE, 0, null,
-                WinNT.CREATE_NEW, FILE_FLAG_POSIX_SEMANTICS, null);
-        if (file == DirectMapping.INVALID_HANDLE_VALUE) {
+        if (!Bare.createFile(path.toString())) {
             throw new IOException("cannot create " + path);
         }
-        DirectMapping.CloseHandle(file);
     }
 
     /** Makes a directory of empty files. */
