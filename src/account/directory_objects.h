@@ -22,14 +22,6 @@ struct AdsMemoryKind {
 template <class T>
 using AdsMemory = Owned<AdsMemoryKind<T>>;
 
-// A text that an automation method handed out.
-struct BstrKind {
-    using Value = BSTR;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { SysFreeString(value); }
-};
-using Bstr = Owned<BstrKind>;
-
 // Binds a path of the directory. Returns the failing call's value.
 template <class Interface>
 HRESULT bindObject(const wchar_t* path, REFIID identifier, ComPtr<Interface>& object) noexcept {

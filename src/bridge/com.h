@@ -1,9 +1,11 @@
-// Owners for COM: the library on a thread, interface pointers, and the memory that methods hand out.
+// Owners for COM: the library on a thread, interface pointers, texts, and the memory that methods hand out.
 #pragma once
 
 #include <windows.h>
 
 #include <objbase.h>
+// oleauto.h needs the types of objbase.h.
+#include <oleauto.h>
 
 #include "bridge/owners.h"
 
@@ -55,5 +57,13 @@ struct ComMemoryKind {
 };
 template <class T>
 using ComMemory = Owned<ComMemoryKind<T>>;
+
+// A text of COM's automation, made with SysAllocString or handed out by a method.
+struct BstrKind {
+    using Value = BSTR;
+    static Value none() noexcept { return nullptr; }
+    static void close(Value value) noexcept { SysFreeString(value); }
+};
+using Bstr = Owned<BstrKind>;
 
 }  // namespace winutil

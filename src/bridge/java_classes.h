@@ -24,6 +24,8 @@ inline constexpr char accountRestrictionException[] =
     "com/qarvo/kel/util/UtilException$AccountRestrictionException";
 inline constexpr char string[] = "java/lang/String";
 inline constexpr char winFile[] = "com/qarvo/kel/util/WinFileList$WinFile";
+// A descriptor where a name is due, as it has always been: the JVM resolves it nevertheless.
+inline constexpr char winServerFeature[] = "Lcom/qarvo/kel/util/WinServerFeature;";
 }  // namespace java_class
 
 namespace java_method {
@@ -51,6 +53,11 @@ inline constexpr JavaMethod addByteNode{"addByteNode",
                                         "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;[B)V"};
 inline constexpr JavaMethod addMultiStringNode{
     "addMultiStringNode", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;[Ljava/lang/String;)V"};
+inline constexpr JavaMethod addCpuInfo{
+    "addCpuInfo",
+    "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;JLjava/lang/String;II)V"};
+inline constexpr JavaMethod addMemoryInfo{"addMemoryInfo", "(Ljava/lang/String;IJ)V"};
+inline constexpr JavaMethod newServerFeature{"<init>", "(IILjava/lang/String;)V"};
 }  // namespace java_method
 
 // Returns the method of `type`, or null with the JVM's NoSuchMethodError pending.

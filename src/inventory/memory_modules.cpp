@@ -1,0 +1,53 @@
+#include "inventory/memory_modules.h"
+
+#include <cwchar>
+
+#include "bridge/java_classes.h"
+#include "bridge/java_strings.h"
+#include "inventory/wmi_property.h"
+#include "inventory/wmi_session.h"
+
+namespace winutil::inventory {
+
+namespace {
+
+// The message is that of the query for the computer's model: callers know it as such.
+constexpr WmiQuery memoryQuery{.text = L"SELECT * FROM Win32_PhysicalMemory",
+                               .failureText = L"Query for Computer System name failed."};
+
+// WMI hands 64-bit numbers out as decimal texts.
+jlong capacityOf(IWbemClassObject* module) noexcept {
+    return std::wcstoll(WmiProperty(module, L"Capacity").text(), nullptr, 10);
+}
+
+// Returns false when a Java exception is pending.
+bool report(JNIEnv* env, jobject collector, IWbemClassObject* module) noexcept {
+    const jmethodID addMemoryInfo = findCollectorMethod(env, collector, java_method::addMemoryInfo);
+    if (addMemoryInfo == nullptr) {
+        return true;
+    }
+    const LocalRef slot(env, newJavaString(env, WmiProperty(module, L"DeviceLocator").text()));
+    if (!slot) {
+        return false;
+    }
+    const auto megahertz = static_cast<jint>(WmiProperty(module, L"Speed").number());
+    env->CallVoidMethod(collector, addMemoryInfo, slot.get(), megahertz, capacityOf(module));
+    return !exceptionPending(env);
+}
+
+}  // namespace
+
+bool listMemoryModules(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {
+    WmiSession session;
+    if (!session.run(memoryQuery, errorBuffer)) {
+        return false;
+    }
+    while (const auto module = session.next()) {
+        if (!report(env, collector, module.get())) {
+            break;
+        }
+    }
+    return true;
+}
+
+}  // namespace winutil::inventory

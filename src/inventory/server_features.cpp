@@ -1,0 +1,69 @@
+#include "inventory/server_features.h"
+
+#include "bridge/java_classes.h"
+#include "bridge/java_strings.h"
+#include "inventory/wmi_property.h"
+#include "inventory/wmi_session.h"
+
+namespace winutil::inventory {
+
+namespace {
+
+constexpr WmiQuery featureQuery{.text = L"SELECT * FROM Win32_ServerFeature",
+                                .failureText = L"Query for Server Feature failed."};
+
+// What a feature is made and added with.
+struct FeatureList {
+    JNIEnv* env;
+    jobject list;
+    jmethodID add;
+    jclass featureClass;
+    jmethodID newFeature;
+};
+
+// Returns false when a Java exception is pending.
+bool addFeature(const FeatureList& features, IWbemClassObject* object) noexcept {
+    JNIEnv* env = features.env;
+    const LocalRef name(env, newJavaString(env, WmiProperty(object, L"Name").text()));
+    if (!name) {
+        return false;
+    }
+    const auto id = static_cast<jint>(WmiProperty(object, L"ID").number());
+    const auto parentId = static_cast<jint>(WmiProperty(object, L"ParentID").number());
+    const LocalRef feature(
+        env, env->NewObject(features.featureClass, features.newFeature, id, parentId, name.get()));
+    if (!feature) {
+        return false;
+    }
+    env->CallBooleanMethod(features.list, features.add, feature.get());
+    return !exceptionPending(env);
+}
+
+}  // namespace
+
+bool listServerFeatures(JNIEnv* env, jobject list, ErrorBuffer& errorBuffer) noexcept {
+    const jmethodID add = findCollectorMethod(env, list, java_method::add);
+    if (add == nullptr) {
+        return true;
+    }
+    const LocalRef featureClass(env, env->FindClass(java_class::winServerFeature));
+    const jmethodID newFeature =
+        featureClass ? findMethod(env, featureClass.get(), java_method::newServerFeature) : nullptr;
+    if (newFeature == nullptr) {
+        env->ExceptionClear();
+        return true;
+    }
+    WmiSession session;
+    if (!session.run(featureQuery, errorBuffer)) {
+        return false;
+    }
+    const FeatureList features{env, list, add, featureClass.get(), newFeature};
+    while (const auto object = session.next()) {
+        if (!addFeature(features, object.get())) {
+            break;
+        }
+    }
+    return true;
+}
+
+}  // namespace winutil::inventory

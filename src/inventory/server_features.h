@@ -1,0 +1,13 @@
+#pragma once
+
+#include <jni.h>
+
+#include "bridge/errors.h"
+
+namespace winutil::inventory {
+
+// Adds the installed features of a Windows server to a Java list; an exception from Java ends the listing at
+// once. Returns false with a message when the query fails.
+bool listServerFeatures(JNIEnv* env, jobject list, ErrorBuffer& errorBuffer) noexcept;
+
+}  // namespace winutil::inventory
