@@ -12,6 +12,15 @@ namespace {
 
 constexpr DWORD firstDescriptorSize = 4096;  // bytes
 
+// A copy of a text, or none with that reason in the last error.
+WideString copyOrSayWhy(const wchar_t* text, std::size_t length) noexcept {
+    WideString copy = copyText(text, length);
+    if (!copy) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    return copy;
+}
+
 WideString convertToText(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION securityInformation) noexcept {
     const auto convert = optionalFunctions().convertSecurityDescriptorToStringSecurityDescriptor;
     if (convert == nullptr) {
@@ -25,11 +34,7 @@ WideString convertToText(PSECURITY_DESCRIPTOR descriptor, SECURITY_INFORMATION s
         return {};
     }
     // The length may count the terminator and the padding behind it; the text ends at its first zero.
-    WideString copy = copyText(text.get(), wcsnlen(text.get(), length));
-    if (!copy) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    }
-    return copy;
+    return copyOrSayWhy(text.get(), wcsnlen(text.get(), length));
 }
 
 // The second way to a descriptor never gives a text, deliberately: found, it only turns the reason into "no
@@ -72,7 +77,7 @@ HeapMemory<std::byte> readDescriptor(const wchar_t* path, SECURITY_INFORMATION s
 WideString getSecurityDescriptorText(const wchar_t* path, SECURITY_INFORMATION securityInformation,
                                      bool tryLongForm, bool enabled) noexcept {
     if (!enabled) {
-        return copyText(L"", 0);
+        return copyOrSayWhy(L"", 0);
     }
     WideString longForm;
     const wchar_t* target = path;

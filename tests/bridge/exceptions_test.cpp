@@ -90,6 +90,37 @@ INSTANTIATE_TEST_SUITE_P(
                       Raised{"Runtime", "java/lang/RuntimeException", "ExpandEnvironmentStringsW", 5}),
     [](const auto& raised) { return raised.param.name; });
 
+// The exception of a file that cannot be opened depends on the code.
+struct OpenError {
+    DWORD code;
+    const char* className;
+};
+
+class OpenErrorTest : public WinUtilTest, public ::testing::WithParamInterface<OpenError> {};
+
+TEST_P(OpenErrorTest, HasTheClassThatBelongsToItsCode) {
+    const auto fail = system().answer("CreateFileW", ~0ull, GetParam().code);
+    const auto sleep = system().answer("Sleep", 0);
+
+    EXPECT_EQ(NATIVE(openFile)(L"C:\\x"), 0);
+
+    EXPECT_EQ(java.takeException(),
+              (Thrown{GetParam().className, errorMessage(L"openFile", GetParam().code)}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Codes, OpenErrorTest,
+    ::testing::Values(OpenError{0, "java/io/IOException"}, OpenError{1, "java/io/IOException"},
+                      OpenError{2, "java/io/FileNotFoundException"},
+                      OpenError{3, "java/io/FileNotFoundException"}, OpenError{4, "java/io/IOException"},
+                      OpenError{5, "java/io/IOException"},
+                      OpenError{32, "com/qarvo/dov/io/SharingViolationException"},
+                      OpenError{33, "java/io/IOException"},
+                      OpenError{112, "com/qarvo/dov/io/DiskFullException"},
+                      OpenError{123, "java/io/IOException"}, OpenError{1920, "java/io/FileNotFoundException"},
+                      OpenError{1921, "java/io/IOException"}, OpenError{0x80070020, "java/io/IOException"}),
+    [](const auto& error) { return "Code" + std::to_string(error.param.code); });
+
 class MessageTest : public WinUtilTest {
 protected:
     // The message of a call that fails with a code.

@@ -103,6 +103,24 @@ TEST_F(MakeDirectoryTest, NeverCutsThePathInTheMessage) {
     }
 }
 
+TEST_F(MakeDirectoryTest, HasRoomForThePathBehindTheLongestMessage) {
+    const auto fail = failWith(ERROR_DISK_FULL);
+    const std::wstring start = L"[createDir] (112) ";
+    const std::wstring text(4095 - start.size(), L'x');
+    const auto longText =
+        REPLACE(FormatMessageW, [&](DWORD, LPCVOID, DWORD, DWORD, LPWSTR buffer, DWORD, va_list*) {
+            const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+            auto* copy = static_cast<wchar_t*>(::LocalAlloc(LMEM_FIXED, bytes));
+            std::copy_n(text.c_str(), text.size() + 1, copy);
+            *reinterpret_cast<wchar_t**>(buffer) = copy;
+            return static_cast<DWORD>(text.size());
+        });
+
+    EXPECT_FALSE(NATIVE(mkdir)(L"C:\\x"));
+
+    EXPECT_EQ(java.takeException(), (Thrown{diskFullException, start + text + L", 'C:\\x'"}));
+}
+
 TEST_F(MakeDirectoryTest, ThrowsWithoutMemoryForTheMessage) {
     const auto fail = failWith(ERROR_DISK_FULL);
     // Behind the path and its long form.
@@ -158,7 +176,57 @@ TEST_F(SlowShareTest, IsAnyPathThatBeginsWithTwoBackslashes) {
     EXPECT_THAT(calls, ElementsAre(L"wait 2000", L"query \\\\?\\C:\\x"));
 }
 
+TEST_F(MakeDirectoryTest, WaitsForNoOtherErrorOfAShare) {
+    for (const DWORD code : {ERROR_ACCESS_DENIED, ERROR_BAD_NETPATH, ERROR_FILE_NOT_FOUND, ERROR_DISK_FULL}) {
+        const auto failing = failWith(code);
+
+        EXPECT_FALSE(NATIVE(mkdir)(L"\\\\server\\x"));
+
+        EXPECT_EQ(java.takeException().message, notMade(L"\\\\server\\x", code));
+    }
+    EXPECT_EQ(system().count("Sleep"), 0u);
+    EXPECT_EQ(system().count("GetFileAttributesExW"), 0u);
+}
+
 class FileOperationTest : public WinUtilTest {};
+
+TEST_F(FileOperationTest, WorksOnVeryLongPathsInEitherForm) {
+    const std::wstring deep = folder() / (std::wstring(200, L'd') + L"\\" + std::wstring(200, L'e'));
+    for (const std::wstring& form : {deep, L"\\\\?\\" + deep}) {
+        const std::wstring path = form + L"\\file";
+        const std::wstring moved = form + L"\\" + std::wstring(100, L'm');
+        writeFile(path, "content");
+
+        EXPECT_TRUE(NATIVE(exists)(path));
+        EXPECT_FALSE(NATIVE(isDir)(path));
+        EXPECT_TRUE(NATIVE(isDir)(form));
+        EXPECT_TRUE(NATIVE(setLastModified)(path, 1234567890123));
+        EXPECT_EQ(NATIVE(lastModified)(path), 1234567890123);
+        EXPECT_NE(NATIVE(getFileAttr)(path), -1);
+        EXPECT_TRUE(NATIVE(renameTo)(path, moved));
+        EXPECT_FALSE(NATIVE(exists)(path));
+        EXPECT_TRUE(NATIVE(delete)(moved));
+        EXPECT_FALSE(NATIVE(exists)(moved));
+    }
+}
+
+TEST_F(FileOperationTest, FindsNothingUnderTheEmptyPath) {
+    ledger().allowUnknown("CloseHandle");
+    writeFile(folder() / L"file", "content");
+
+    EXPECT_FALSE(NATIVE(exists)(L""));
+    EXPECT_FALSE(NATIVE(isDir)(L""));
+    EXPECT_FALSE(NATIVE(delete)(L""));
+    EXPECT_FALSE(NATIVE(renameTo)(L"", folder() / L"moved"));
+    EXPECT_FALSE(NATIVE(renameTo)(folder() / L"file", L""));
+    EXPECT_FALSE(NATIVE(setLastModified)(L"", 0));
+    EXPECT_EQ(NATIVE(lastModified)(L""), 0);
+    EXPECT_EQ(NATIVE(getFileAttr)(L""), -1);
+    EXPECT_TRUE(fileExists(folder() / L"file"));
+
+    EXPECT_FALSE(NATIVE(mkdir)(L""));
+    EXPECT_EQ(java.takeException().className, securityException);
+}
 
 TEST_F(FileOperationTest, DeletesFilesAlsoReadOnlyOnes) {
     const std::wstring path = folder() / L"file";
@@ -218,7 +286,6 @@ TEST_F(FileOperationTest, TellsFilesFoldersAndNothingApart) {
     EXPECT_TRUE(NATIVE(isDir)(folder().path()));
     EXPECT_FALSE(NATIVE(exists)(folder() / L"missing"));
     EXPECT_FALSE(NATIVE(isDir)(folder() / L"missing"));
-    EXPECT_FALSE(NATIVE(exists)(L""));
 }
 
 TEST_F(FileOperationTest, SetsAndReadsTimesOfFilesAndFolders) {

@@ -1,63 +1,11 @@
 // The record of one file.
-#include "reparse_disk.h"
+#include "record_fixture.h"
 
 namespace {
 
 using namespace testbed;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
-
-constexpr const char* newerConstructor = "(Ljava/lang/String;ZJJILjava/lang/String;BLjava/lang/String;)V";
-constexpr const char* olderConstructor = "(Ljava/lang/String;ZJJILjava/lang/String;Z)V";
-constexpr const char* recordClass = "com/qarvo/kel/util/WinFileList$WinFile";
-
-// The fields of a record, in the order of the constructor.
-struct Fields {
-    std::wstring path;
-    bool directory;
-    jlong size;
-    jlong lastModified;
-    jlong attributes;
-    std::wstring security;
-    jlong kind;
-    std::wstring target;
-    bool operator==(const Fields&) const = default;
-};
-
-Fields fieldsOf(const JavaObject& record) {
-    EXPECT_EQ(record.className(), recordClass);
-    EXPECT_EQ(record.constructor(), newerConstructor);
-    const Arguments& a = record.arguments();
-    return {a.at(0).text(),   a.at(1).boolean(), a.at(2).number(), a.at(3).number(),
-            a.at(4).number(), a.at(5).text(),    a.at(6).number(), a.at(7).text()};
-}
-
-class RecordTest : public WinUtilTest {
-protected:
-    JavaObject record(const std::wstring& path, bool withSecurity = false, bool securityOnFiles = false) {
-        return NATIVE(WinFile)(path, static_cast<jboolean>(withSecurity),
-                               static_cast<jboolean>(securityOnFiles));
-    }
-
-    // Every path whose form is not refused has these attributes.
-    Replacement answerAttributes(DWORD attributes, bool onlyLongForm = false) {
-        return REPLACE(GetFileAttributesExW, [this, attributes, onlyLongForm](
-                                                 LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data) {
-            EXPECT_EQ(level, GetFileExInfoStandard);
-            queries.emplace_back(path);
-            if (onlyLongForm && !queries.back().starts_with(L"\\\\?\\")) {
-                SetLastError(ERROR_FILENAME_EXCED_RANGE);
-                return FALSE;
-            }
-            *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data) = {
-                attributes, {1, 1}, {2, 2}, {0xD53E58EF, 0x019DB1DE}, 1, 2};
-            return TRUE;
-        });
-    }
-
-    std::vector<std::wstring> queries;
-};
 
 TEST_F(RecordTest, TellsWhatAFileIs) {
     const std::wstring path = folder() / L"file \x00E4\xD83D\xDE00";
@@ -76,6 +24,18 @@ TEST_F(RecordTest, TellsWhatAFolderIs) {
     EXPECT_EQ(fieldsOf(record(path)),
               (Fields{path, true, 0, 1234567890123, static_cast<jlong>(GetFileAttributesW(path.c_str())), L"",
                       0, L""}));
+}
+
+TEST_F(RecordTest, TellsWhatAFileWithAVeryLongPathIs) {
+    const std::wstring path =
+        folder() / (std::wstring(200, L'd') + L"\\" + std::wstring(200, L'e') + L"\\file");
+    writeFile(path, "12345");
+    for (const std::wstring& form : {path, L"\\\\?\\" + path}) {
+        ASSERT_TRUE(NATIVE(setLastModified)(form, 1234567890123));
+
+        EXPECT_EQ(fieldsOf(record(form)),
+                  (Fields{form, false, 5, 1234567890123, NATIVE(getFileAttr)(form), L"", 2, L""}));
+    }
 }
 
 TEST_F(RecordTest, HasSizeTimeAndAttributesAsTheSystemGivesThem) {
@@ -189,6 +149,23 @@ TEST_F(RecordTest, IsReadByTheLongFormAndNamedAsGiven) {
     EXPECT_THAT(read, ElementsAre(L"\\\\?\\C:\\x"));
 }
 
+TEST_F(RecordTest, HasTheDescriptorOfThePathThatCouldBeRead) {
+    const auto query = answerAttributes(FILE_ATTRIBUTE_ARCHIVE);
+    std::vector<std::wstring> read;
+    const auto security = REPLACE(GetFileSecurityW, [&](LPCWSTR path, SECURITY_INFORMATION parts,
+                                                        PSECURITY_DESCRIPTOR, DWORD, LPDWORD) {
+        EXPECT_EQ(parts, 7u);
+        read.emplace_back(path);
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    });
+    const auto again = system().answer("GetNamedSecurityInfoW", ERROR_SUCCESS);
+
+    EXPECT_EQ(fieldsOf(record(L"C:/x", true, true)).security, L"");
+
+    EXPECT_THAT(read, ElementsAre(L"C:/x"));
+}
+
 TEST_F(RecordTest, IsAskedForOnceByALongForm) {
     const auto fail = system().answer("GetFileAttributesExW", FALSE, ERROR_ACCESS_DENIED);
 
@@ -259,80 +236,6 @@ TEST_F(RecordTest, IsWholeWithoutADescriptorThatCannotBeRead) {
         EXPECT_EQ(fieldsOf(record(path, true, true)),
                   (Fields{path, false, 0x100000002, -2, 0x20, L"", 2, L""}));
     }
-}
-
-class LinkRecordTest : public RecordTest {
-protected:
-    Fields fields(const std::wstring& path) { return fieldsOf(record(path)); }
-
-    ReparseDisk disk{system()};
-};
-
-TEST_F(LinkRecordTest, HasKindAndTargetOfALink) {
-    disk.put(L"C:\\junction", FILE_ATTRIBUTE_DIRECTORY, {.path = L"\\??\\D:\\data"});
-    disk.put(L"C:\\dirlink", FILE_ATTRIBUTE_DIRECTORY,
-             {.tag = IO_REPARSE_TAG_SYMLINK, .path = L"\\??\\D:\\data"});
-    disk.put(L"C:\\filelink", FILE_ATTRIBUTE_ARCHIVE, {.tag = IO_REPARSE_TAG_SYMLINK, .path = L"..\\x"});
-
-    EXPECT_EQ(fields(L"C:\\junction"),
-              (Fields{L"C:\\junction", true, 0, -11644473600000, 0x410, L"", 16, L"D:\\data"}));
-    EXPECT_EQ(fields(L"C:\\dirlink"),
-              (Fields{L"C:\\dirlink", true, 0, -11644473600000, 0x410, L"", 18, L"D:\\data"}));
-    EXPECT_EQ(fields(L"C:\\filelink"),
-              (Fields{L"C:\\filelink", false, 0, -11644473600000, 0x420, L"", 17, L"..\\x"}));
-}
-
-TEST_F(LinkRecordTest, SeesAFolderWhereAVolumeIsMounted) {
-    for (const wchar_t* target : {L"\\??\\Volume{1}\\", L"\\??\\VOLUME{1}\\", L"\\??\\volume"}) {
-        disk.put(L"C:\\mount", FILE_ATTRIBUTE_DIRECTORY, {.path = target});
-        disk.put(L"C:\\link", FILE_ATTRIBUTE_DIRECTORY, {.tag = IO_REPARSE_TAG_SYMLINK, .path = target});
-
-        EXPECT_EQ(fields(L"C:\\mount").kind, 0);
-        EXPECT_EQ(fields(L"C:\\mount").target, L"");
-        EXPECT_EQ(fields(L"C:\\link").kind, 0);
-        EXPECT_EQ(fields(L"C:\\link").target, L"");
-    }
-}
-
-TEST_F(LinkRecordTest, SeesALinkWhereTheVolumeIsNotTheWholeStory) {
-    disk.put(L"C:\\file", FILE_ATTRIBUTE_ARCHIVE,
-             {.tag = IO_REPARSE_TAG_SYMLINK, .path = L"\\??\\Volume{1}\\x"});
-    disk.put(L"C:\\near", FILE_ATTRIBUTE_DIRECTORY, {.path = L"\\??\\Volum"});
-
-    EXPECT_EQ(fields(L"C:\\file").kind, 17);
-    EXPECT_EQ(fields(L"C:\\file").target, L"\\\\?\\Volume{1}\\x");
-    EXPECT_EQ(fields(L"C:\\near").kind, 16);
-    EXPECT_EQ(fields(L"C:\\near").target, L"Volum");
-}
-
-TEST_F(LinkRecordTest, SeesPlainFilesAndFoldersBehindOtherTags) {
-    disk.put(L"C:\\file", FILE_ATTRIBUTE_ARCHIVE, {.tag = 0x9000001A});
-    disk.put(L"C:\\folder", FILE_ATTRIBUTE_DIRECTORY, {.tag = 0x9000001A});
-
-    EXPECT_EQ(fields(L"C:\\file").kind, 2);
-    EXPECT_EQ(fields(L"C:\\folder").kind, 0);
-    EXPECT_EQ(fields(L"C:\\folder").target, L"");
-}
-
-TEST_F(LinkRecordTest, SeesPlainFilesAndFoldersWhereTheLinkCannotBeRead) {
-    disk.put(L"C:\\file", FILE_ATTRIBUTE_ARCHIVE, {.tag = IO_REPARSE_TAG_SYMLINK});
-    disk.put(L"C:\\folder", FILE_ATTRIBUTE_DIRECTORY, {});
-
-    disk.controlError = ERROR_NOT_A_REPARSE_POINT;
-    EXPECT_EQ(fields(L"C:\\file").kind, 2);
-    EXPECT_EQ(fields(L"C:\\folder").kind, 0);
-
-    disk.openError = ERROR_ACCESS_DENIED;
-    EXPECT_EQ(fields(L"C:\\file").kind, 2);
-    EXPECT_EQ(fields(L"C:\\folder").kind, 0);
-}
-
-TEST_F(LinkRecordTest, OpensNothingThatIsNoLink) {
-    disk.entries[L"C:\\file"] = {FILE_ATTRIBUTE_ARCHIVE, {}};
-
-    EXPECT_EQ(fields(L"C:\\file").kind, 2);
-
-    EXPECT_THAT(disk.opens, IsEmpty());
 }
 
 class AttributeWordTest : public RecordTest {};

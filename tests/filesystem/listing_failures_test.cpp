@@ -76,12 +76,26 @@ TEST_F(RealListing, ThrowsForAFolderThatIsNotThere) {
     EXPECT_EQ(java.takeException(), ioException(systemText(ERROR_PATH_NOT_FOUND)));
 }
 
+TEST_F(RealListing, ThrowsForAFile) {
+    writeFile(folder() / L"file", "content");
+    WIN32_FIND_DATAW data;
+    ASSERT_EQ(FindFirstFileW((L"\\\\?\\" + (folder() / L"file\\*.*")).c_str(), &data), INVALID_HANDLE_VALUE);
+    const DWORD code = GetLastError();
+    const DWORD shown = code == ERROR_INVALID_NAME ? ERROR_ACCESS_DENIED : code;
+
+    list(folder() / L"file");
+
+    EXPECT_EQ(java.takeException(), ioException(systemText(shown)));
+    EXPECT_THAT(entries, IsEmpty());
+}
+
 TEST_F(RealListing, ThrowsForAnyFolderInLongForm) {
     writeFile(folder() / L"file", "content");
 
     list(L"\\\\?\\" + folder().path());
 
-    EXPECT_EQ(java.takeException().className, "java/io/IOException");
+    // The probe says "invalid name".
+    EXPECT_EQ(java.takeException(), ioException(systemText(ERROR_ACCESS_DENIED)));
     EXPECT_THAT(entries, IsEmpty());
 }
 
@@ -172,6 +186,16 @@ TEST_F(UnreadableTest, AreReportedWithNoErrorWhenTheSecondWayFindsTheDescriptor)
     EXPECT_EQ(convert.count(), 0u);
 }
 
+TEST_F(UnreadableTest, AreReportedWithAFixedTextWhereTheSystemHasNone) {
+    const auto fail =
+        system().answer("ConvertSecurityDescriptorToStringSecurityDescriptorW", FALSE, 0x2FFFFFFF);
+    found = {foundEntry(L"a")};
+
+    listSecurity(L"C:\\dir", listener());
+
+    EXPECT_THAT(events, ElementsAre(L"C:\\dir\\a|Failed to obtain error message"));
+}
+
 TEST_F(UnreadableTest, AreDeliveredWithoutAListener) {
     listSecurity(L"C:\\dir", nullptr);
 
@@ -186,8 +210,8 @@ TEST_F(UnreadableTest, AreAllDeliveredBeforeTheErrorOfAListenerWithoutTheMethod)
 }
 
 TEST_F(UnreadableTest, RaiseTheFirstErrorOfTheListenerAgain) {
-    // The second lookup of the listener's method fails in another way.
-    java.failCall("GetMethodID", 3, "java/lang/ExceptionInInitializerError");
+    // The last lookup of the listener's method, behind one for each entry's addFile, fails in another way.
+    java.failCall("GetMethodID", 5, "java/lang/ExceptionInInitializerError");
 
     listSecurity(L"C:\\dir", mute());
 

@@ -29,6 +29,12 @@ struct Entry {
     bool operator==(const Entry&) const = default;
 };
 
+inline void PrintTo(const Entry& entry, std::ostream* out) {
+    *out << toUtf8(entry.path) << (entry.directory ? " directory " : " file ") << entry.size << " "
+         << entry.lastModified << " " << entry.attributes << " '" << toUtf8(entry.security)
+         << (entry.reparsePoint ? "' reparse point" : "'");
+}
+
 inline constexpr std::uint64_t unixEpoch = 116444736000000000;
 
 inline WIN32_FIND_DATAW foundEntry(const std::wstring& name, DWORD attributes = FILE_ATTRIBUTE_ARCHIVE,

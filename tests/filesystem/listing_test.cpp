@@ -67,15 +67,15 @@ TEST_F(Listing, SearchesTheLongFormAndNamesEntriesAsTheCallerNamedTheirFolder) {
     found = {foundEntry(L"x")};
 
     for (const wchar_t* directory :
-         {L"C:/dir/sub", L"C:\\dir\\", L"C:/dir/", L"\\\\server\\share", L"rel", L""}) {
+         {L"C:/dir/sub", L"C:\\dir\\", L"C:/dir/", L"\\\\server\\share", L"\\\\.\\C:/x", L"rel", L""}) {
         list(directory);
     }
 
-    EXPECT_THAT(patterns,
-                ElementsAre(L"\\\\?\\C:\\dir\\sub\\*.*", L"\\\\?\\C:\\dir\\*.*", L"\\\\?\\C:\\dir\\*.*",
-                            L"\\\\?\\UNC\\server\\share\\*.*", L"\\\\?\\rel\\*.*", L"\\\\?\\*.*"));
+    EXPECT_THAT(patterns, ElementsAre(L"\\\\?\\C:\\dir\\sub\\*.*", L"\\\\?\\C:\\dir\\*.*",
+                                      L"\\\\?\\C:\\dir\\*.*", L"\\\\?\\UNC\\server\\share\\*.*",
+                                      L"\\\\.\\C:/x\\*.*", L"\\\\?\\rel\\*.*", L"\\\\?\\*.*"));
     EXPECT_THAT(paths(), ElementsAre(L"C:/dir/sub\\x", L"C:\\dir\\x", L"C:/dir/\\x", L"\\\\server\\share\\x",
-                                     L"rel\\x", L"\\x"));
+                                     L"\\\\.\\C:/x\\x", L"rel\\x", L"\\x"));
 }
 
 TEST_F(Listing, HasRoomForFoldersAndNamesOfAnyLength) {

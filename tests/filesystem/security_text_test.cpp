@@ -224,6 +224,23 @@ TEST_F(SecurityTextTest, IsNoneWithoutMemory) {
                                   event(ERROR_NOT_ENOUGH_MEMORY)));
 }
 
+TEST_F(SecurityTextTest, IsNoneWithoutMemoryForTheEmptyOne) {
+    const std::size_t before = [this] {
+        const auto watch = system().watch("malloc");
+        list(L"C:\\dir");
+        return watch.count();
+    }();
+    // Behind the long form that says whether the entry is a folder.
+    const auto fail = system().failCall("malloc", before + 2, ERROR_INVALID_DATA);
+    entries.clear();
+
+    NATIVE(listWinFiles)(collector(), L"C:\\dir", JNI_TRUE, JNI_TRUE, listener(), JNI_FALSE);
+
+    ASSERT_THAT(entries, SizeIs(1));
+    EXPECT_EQ(entries[0].security, L"");
+    EXPECT_THAT(events, ElementsAre(event(ERROR_NOT_ENOUGH_MEMORY)));
+}
+
 TEST_F(SecurityTextTest, IsNoneOnASystemWithoutTheConversion) {
     writeFile(folder() / L"file", "content");
     FreshLibrary fresh(folder(), L"fresh.dll");
