@@ -58,6 +58,10 @@ inline constexpr JavaMethod addCpuInfo{
     "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;JLjava/lang/String;II)V"};
 inline constexpr JavaMethod addMemoryInfo{"addMemoryInfo", "(Ljava/lang/String;IJ)V"};
 inline constexpr JavaMethod newServerFeature{"<init>", "(IILjava/lang/String;)V"};
+// Scope, type, display type and usage of a network resource, its local and its remote name, its provider.
+inline constexpr JavaMethod addEntry{"addEntry",
+                                     "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/"
+                                     "String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"};
 }  // namespace java_method
 
 // Returns the method of `type`, or null with the JVM's NoSuchMethodError pending.

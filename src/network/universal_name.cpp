@@ -1,0 +1,55 @@
+#include "network/universal_name.h"
+
+// windows.h comes first: the other builds on it.
+#include <windows.h>
+
+#include <winnetwk.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cwchar>
+
+#include "bridge/java_strings.h"
+#include "bridge/system_version.h"
+
+namespace winutil::network {
+
+namespace {
+
+constexpr DWORD firstBufferSize = 4096;  // bytes
+
+WideString copyUniversalName(const void* buffer) noexcept {
+    const wchar_t* name = static_cast<const REMOTE_NAME_INFOW*>(buffer)->lpUniversalName;
+    return name == nullptr ? WideString() : copyText(name, std::wcslen(name));
+}
+
+// The second look, with as many bytes as the first asked for.
+WideString readLongName(const wchar_t* path, DWORD size) noexcept {
+    const HeapMemory<std::byte> buffer =
+        allocateZeroed<std::byte>(std::max<std::size_t>(size, sizeof(REMOTE_NAME_INFOW)));
+    if (!buffer || WNetGetUniversalNameW(path, REMOTE_NAME_INFO_LEVEL, buffer.get(), &size) != NO_ERROR) {
+        return {};
+    }
+    return copyUniversalName(buffer.get());
+}
+
+}  // namespace
+
+WideString universalName(const wchar_t* path) noexcept {
+    OSVERSIONINFOA version;
+    if (!readSystemVersion(version) || version.dwPlatformId != VER_PLATFORM_WIN32_NT) {
+        return {};
+    }
+    alignas(REMOTE_NAME_INFOW) std::byte buffer[firstBufferSize] = {};
+    DWORD size = firstBufferSize;
+    switch (WNetGetUniversalNameW(path, REMOTE_NAME_INFO_LEVEL, buffer, &size)) {
+        case NO_ERROR:
+            return copyUniversalName(buffer);
+        case ERROR_MORE_DATA:
+            return readLongName(path, size);
+        default:
+            return {};
+    }
+}
+
+}  // namespace winutil::network

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "bridge/owners.h"
+
+namespace winutil::network {
+
+// Returns the path with the share in front that its drive letter stands for; none when it is on no network
+// drive, or when that cannot be told.
+WideString universalName(const wchar_t* path) noexcept;
+
+}  // namespace winutil::network
