@@ -133,6 +133,46 @@ class BackupTest {
     }
 
     @Test
+    void aFolderWithoutADescriptorIsReportedAndEntered() {
+        files.node("C:\\src").security = "";
+        files.withoutSecurity.add("C:\\src\\sub");
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\src: its security descriptor cannot be read: the system gives none\n"
+                + "left out: C:\\src\\sub: its security descriptor cannot be read: Access denied.\n", result.err());
+        assertNotNull(entry("sub\\b.txt"));
+    }
+
+    @Test
+    void descriptorsAreNotReadWhenTheyAreNotWanted() {
+        files.withoutSecurity.add("C:\\src\\a.txt");
+
+        Bed.Result result = bed.run("backup", "--no-security", "C:\\src", "C:\\store");
+
+        assertEquals(0, result.code(), result.err());
+        assertTrue(manifest().stream().allMatch(e -> e.security().isEmpty()));
+    }
+
+    @Test
+    void thePrivilegeIsAskedForFirst() {
+        bed.backup();
+
+        assertEquals("privilege backup", files.calls.get(0));
+    }
+
+    @Test
+    void aLinkWithoutADescriptorIsWhole() {
+        files.addLink("C:\\src\\dangling", WinFile.FILE_SYMBOLIC_LINK, "C:\\nowhere").attributes = 0x422;
+        files.withoutSecurity.add("C:\\src\\dangling");
+
+        assertEquals(0, bed.backup().code());
+
+        assertEquals(0x422, entry("dangling").attributes());
+    }
+
+    @Test
     void aFileThatChangesOnceIsReadAgain() {
         files.whileReading.put("C:\\src\\a.txt", () -> {
             files.whileReading.clear();

@@ -4,12 +4,18 @@ import java.io.PrintWriter;
 import java.io.StringWriter;
 import java.nio.charset.StandardCharsets;
 import java.security.MessageDigest;
+import java.util.HashMap;
 import java.util.HexFormat;
+import java.util.Map;
+import java.util.function.Function;
 
 /** A disk in memory, and the client run on it as from the command line. */
 final class Bed {
     final FakeFiles files = new FakeFiles();
     final StopSignal stop = new StopSignal();
+    final Map<String, String> environment = new HashMap<>();
+    /** What someone types where the password is asked for; null when nobody is there. */
+    Function<String, char[]> console;
 
     /** What a command left: exit code, standard output and standard error. */
     record Result(int code, String out, String err) {
@@ -18,7 +24,8 @@ final class Bed {
     Result run(String... arguments) {
         StringWriter out = new StringWriter();
         StringWriter err = new StringWriter();
-        int code = Main.run(() -> files, stop, new PrintWriter(out, true), new PrintWriter(err, true), arguments);
+        int code = Main.run(() -> files, new Passwords(environment::get, console), stop,
+                new PrintWriter(out, true), new PrintWriter(err, true), arguments);
         return new Result(code, out.toString(), err.toString().replace(System.lineSeparator(), "\n"));
     }
 

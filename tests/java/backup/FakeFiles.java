@@ -4,7 +4,6 @@ import java.io.ByteArrayOutputStream;
 import java.io.FileNotFoundException;
 import java.io.IOException;
 import java.nio.ByteBuffer;
-import java.nio.charset.StandardCharsets;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.HashMap;
@@ -12,7 +11,6 @@ import java.util.HashSet;
 import java.util.List;
 import java.util.Map;
 import java.util.Set;
-import java.util.TreeMap;
 import java.util.function.BiConsumer;
 import java.util.function.Consumer;
 
@@ -20,21 +18,9 @@ import com.qarvo.dov.io.DiskFullException;
 import com.qarvo.kel.util.Win32;
 import com.qarvo.kel.util.WinFileList.WinFile;
 
-/** A disk in memory that behaves as Windows does, notes what is done to it, and fails where a test wants it to. */
-final class FakeFiles implements NativeFiles {
+/** A system with one disk: behaves as Windows does, notes what is done to it, and fails where a test wants it to. */
+final class FakeFiles extends FakeDisk implements NativeFiles {
     static final int SECTOR = 512;
-    static final String SDDL = "O:BAG:SYD:(A;;FA;;;SY)";
-
-    /** What is at a path. */
-    static final class Node {
-        String path;
-        boolean directory;
-        byte[] content = new byte[0];
-        long modified;
-        int attributes;
-        byte kind;
-        String target = "";
-    }
 
     private static final class Handle {
         Node node;
@@ -69,70 +55,28 @@ final class FakeFiles implements NativeFiles {
     final Set<String> losses = new HashSet<>();
     boolean renameFails;
     boolean timesFail;
-    boolean makesLinks;
+    /** Whether links can be made; if not, what is made of a junction is its directory. */
+    boolean makesLinks = true;
     boolean linksVanish;
+    /** What links lead to whatever was asked for. */
+    String linksLeadTo;
+    /** Paths of directories that cannot be deleted. */
+    final Set<String> undeletable = new HashSet<>();
+    /** Paths that take no attributes, do not compress, take no owner and group, and no descriptor at all. */
+    final Set<String> stubborn = new HashSet<>();
+    final Set<String> incompressible = new HashSet<>();
+    final Set<String> owned = new HashSet<>();
+    final Set<String> unsecurable = new HashSet<>();
+    /** The one account that can log on, and paths that it may not read. */
+    String account = "OFFICE\\anna with secret";
+    final Set<String> forbidden = new HashSet<>();
     int sectorSize = SECTOR;
 
-    private final Map<String, Node> nodes = new TreeMap<>(String.CASE_INSENSITIVE_ORDER);
     private final Map<Long, Handle> handles = new HashMap<>();
     private long nextHandle = 1;
 
-    FakeFiles() {
-        addDirectory("C:");
-    }
-
-    Node addDirectory(String path) {
-        return add(path, true, new byte[0], Win32.FILE_ATTRIBUTE_DIRECTORY);
-    }
-
-    Node addFile(String path, String content) {
-        return add(path, false, content.getBytes(StandardCharsets.UTF_8), Win32.FILE_ATTRIBUTE_ARCHIVE);
-    }
-
-    Node addLink(String path, byte kind, String target) {
-        boolean directory = kind != WinFile.FILE_SYMBOLIC_LINK && kind != WinFile.FILE;
-        Node node = add(path, directory, new byte[0], Win32.FILE_ATTRIBUTE_REPARSE_POINT
-                | (directory ? Win32.FILE_ATTRIBUTE_DIRECTORY : 0));
-        node.kind = kind;
-        node.target = target;
-        return node;
-    }
-
-    Node node(String path) {
-        return nodes.get(path);
-    }
-
-    String text(String path) {
-        return new String(nodes.get(path).content, StandardCharsets.UTF_8);
-    }
-
-    /** All paths below a folder, without the folder itself. */
-    List<String> below(String folder) {
-        return nodes.values().stream().map(n -> n.path).filter(p -> p.startsWith(folder + "\\")).toList();
-    }
-
     int openHandles() {
         return handles.size();
-    }
-
-    private Node add(String path, boolean directory, byte[] content, int attributes) {
-        Node node = new Node();
-        node.path = path;
-        node.directory = directory;
-        node.content = content;
-        node.attributes = attributes;
-        node.kind = directory ? WinFile.DIRECTORY : WinFile.FILE;
-        node.modified = 1_000_000L + nodes.size();
-        nodes.put(path, node);
-        return node;
-    }
-
-    private Node find(String path) throws FileNotFoundException {
-        Node node = nodes.get(path.endsWith("\\") ? path.substring(0, path.length() - 1) : path);
-        if (node == null) {
-            throw new FileNotFoundException("");
-        }
-        return node;
     }
 
     private static void require(boolean condition, String message) throws IOException {
@@ -168,7 +112,7 @@ final class FakeFiles implements NativeFiles {
                 errors.accept(node.path, "Access denied.\r\n");
             }
             entries.accept(new WinFile(Names.join(directory, node.path.substring(prefix.length())), node.directory,
-                    node.content.length, node.modified, node.attributes, withSecurity && !secret ? SDDL : "",
+                    node.content.length, node.modified, node.attributes, withSecurity && !secret ? node.security : "",
                     (node.attributes & Win32.FILE_ATTRIBUTE_REPARSE_POINT) != 0));
         }
     }
@@ -177,7 +121,7 @@ final class FakeFiles implements NativeFiles {
     public WinFile entry(String path, boolean withSecurity) throws IOException {
         Node node = find(path);
         return new WinFile(path, node.directory, node.content.length, node.modified, node.attributes,
-                withSecurity && !withoutSecurity.contains(path) ? SDDL : "", node.kind, node.target);
+                withSecurity && !withoutSecurity.contains(path) ? node.security : "", node.kind, node.target);
     }
 
     @Override
@@ -368,18 +312,67 @@ final class FakeFiles implements NativeFiles {
     @Override
     public void setAttributes(String path, int attributes) throws IOException {
         Node node = find(path);
-        calls.add("attributes " + path);
-        node.attributes = node.attributes & ~Attributes.RESTORED | attributes;
+        int compressed = attributes & Win32.FILE_ATTRIBUTE_COMPRESSED;
+        require(compressed == 0 || !incompressible.contains(path), "Fail to compress file: " + path);
+        calls.add((compressed == 0 ? "attributes " : "compress ") + path);
+        if (compressed != 0) {
+            node.modified = 0;
+        }
+        if (!stubborn.contains(path)) {
+            node.attributes = node.attributes & ~Attributes.RESTORED | attributes;
+        }
+    }
+
+    @Override
+    public void setSecurity(String path, int parts, String text) throws IOException {
+        Node node = find(path);
+        calls.add("security " + parts + " " + path);
+        require(!unsecurable.contains(path), "Fail to set security descriptor: (5) Access denied.\r\n");
+        require(parts == Win32.DACL_SECURITY_INFORMATION || !owned.contains(path), "(1307) Invalid owner.\r\n");
+        require(node.kind == WinFile.DIRECTORY || node.kind == WinFile.FILE, "a link was followed");
+        node.security = text;
     }
 
     @Override
     public void makeLink(byte kind, String path, String target) throws IOException {
-        if (!makesLinks) {
-            throw new MissingNativeException("links cannot be made here");
-        }
         calls.add("link " + path);
-        if (!linksVanish) {
-            addLink(path, kind, target);
+        if (!makesLinks) {
+            if (kind == WinFile.JUNCTION) {
+                addDirectory(path);
+            }
+            throw new IOException("[CreateJunctionPoint] (50) Not supported.\r\n");
         }
+        if (!linksVanish) {
+            addLink(path, kind, linksLeadTo == null ? target : linksLeadTo);
+        }
+    }
+
+    @Override
+    public boolean deleteEmptyDirectory(String path) {
+        Node node = nodes.get(path);
+        if (node == null || !node.directory || undeletable.contains(path) || !below(path).isEmpty()) {
+            return false;
+        }
+        calls.add("rmdir " + path);
+        nodes.remove(path);
+        return true;
+    }
+
+    @Override
+    public void useBackupPrivilege() {
+        calls.add("privilege backup");
+    }
+
+    @Override
+    public void useRestorePrivileges() {
+        calls.add("privilege restore");
+    }
+
+    @Override
+    public void checkRead(String path, Account who) throws IOException {
+        calls.add("check " + path);
+        require(account.equals(who + " with " + who.password()),
+                " [WindowsUtil:SystemPrivilege:impersonateUser:LogonUser]  (1326) Logon failure.\r\n");
+        require(!forbidden.contains(path), "[CheckAccessToFile] (5) Access denied.\r\n");
     }
 }

@@ -8,6 +8,8 @@ import com.qarvo.kel.util.WinFileList.WinFile;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.ValueSource;
 
 class VerifyTest {
     private final Bed bed = new Bed().withSource();
@@ -16,7 +18,6 @@ class VerifyTest {
     @BeforeEach
     void backUp() {
         files.addLink("C:\\src\\j", WinFile.JUNCTION, "C:\\elsewhere");
-        files.makesLinks = true;
         bed.backup();
     }
 
@@ -71,6 +72,86 @@ class VerifyTest {
         files.node("C:\\src\\sub\\b.txt").attributes |= 1;
 
         expectDifference("C:\\src\\sub\\b.txt: its attributes are --r--a-- instead of -----a--");
+    }
+
+    @ParameterizedTest
+    @ValueSource(ints = {0x820, 0x4020})
+    void findsThatAFileWasCompressedOrEncrypted(int attributes) {
+        files.node("C:\\src\\a.txt").attributes = attributes;
+
+        Bed.Result result = bed.verify("C:\\src");
+
+        assertTrue(result.err().startsWith("differs: C:\\src\\a.txt: its attributes are "), result.err());
+        assertEquals(1, result.code());
+    }
+
+    @Test
+    void findsAnotherOwnerAndOtherRights() {
+        files.node("C:\\src\\a.txt").security = "O:WDG:SYD:(A;;FA;;;SY)";
+        files.node("C:\\src\\sub").security = "O:BAG:SYD:P(A;;FA;;;SY)";
+
+        Bed.Result result = bed.verify("C:\\src");
+
+        assertEquals("differs: C:\\src\\a.txt: its owner is WD instead of BA\n"
+                + "differs: C:\\src\\sub: its access rights are P(A;;FA;;;SY) instead of (A;;FA;;;SY)\n",
+                result.err());
+        assertEquals(1, result.code());
+    }
+
+    @Test
+    void doesNotCompareDescriptorsOnRequest() {
+        files.node("C:\\src\\a.txt").security = "O:WDG:SYD:(A;;FA;;;SY)";
+        files.withoutSecurity.add("C:\\src\\sub");
+
+        assertEquals(0, bed.run("verify", "--no-security", "C:\\store", "C:\\src").code());
+    }
+
+    @Test
+    void reportsADescriptorThatItCannotRead() {
+        files.withoutSecurity.add("C:\\src\\a.txt");
+
+        Bed.Result result = bed.verify("C:\\src");
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\src\\a.txt: its security descriptor cannot be read: Access denied.\n",
+                result.err());
+    }
+
+    @Test
+    void showsADescriptorThatItDoesNotUnderstandWhereItIsAnotherOne() {
+        files.node("C:\\src\\a.txt").security = "S:new";
+
+        expectDifference("C:\\src\\a.txt: its security descriptor is S:new instead of " + FakeFiles.SDDL);
+    }
+
+    @Test
+    void comparesNoDescriptorThatTheBackupCouldNotRead() {
+        files.node("C:\\src").security = "";
+        bed.run("backup", "C:\\src", "C:\\second");
+        files.node("C:\\src").security = FakeFiles.SDDL;
+
+        assertEquals(0, bed.run("verify", "C:\\second", "C:\\src").code());
+    }
+
+    @Test
+    void findsAnotherTimeAndOtherAttributesOfALink() {
+        files.node("C:\\src\\j").attributes = 0x412;
+        files.node("C:\\src\\j").modified = 5;
+
+        Bed.Result result = bed.verify("C:\\src");
+
+        assertTrue(result.err().startsWith("differs: C:\\src\\j: its time is 1970-01-01T00:00:00.005Z instead of "),
+                result.err());
+        assertTrue(result.err().endsWith("differs: C:\\src\\j: its attributes are dl-h---- instead of dl------\n"),
+                result.err());
+    }
+
+    @Test
+    void ofALinkNeitherRightsNorCompressionCount() {
+        files.node("C:\\src\\j").security = "O:WD";
+        files.node("C:\\src\\j").attributes |= 0x4800;
+
+        assertEquals(0, bed.verify("C:\\src").code());
     }
 
     @Test

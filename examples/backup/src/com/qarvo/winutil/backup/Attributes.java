@@ -4,12 +4,15 @@ import com.qarvo.kel.util.Win32;
 
 /** What this client does with the Win32 attribute word. */
 final class Attributes {
-    /** The bits that a restore sets again. The others tell how the file system keeps a file, and cannot be set. */
+    /** The bits that a restore sets again. The others tell how the file system keeps a file. */
     static final int RESTORED = Win32.FILE_ATTRIBUTE_READONLY | Win32.FILE_ATTRIBUTE_HIDDEN
             | Win32.FILE_ATTRIBUTE_SYSTEM | Win32.FILE_ATTRIBUTE_ARCHIVE;
 
-    /** The bits that must be equal; the archive bit says who was backed up when, and nothing about the file. */
-    static final int COMPARED = RESTORED & ~Win32.FILE_ATTRIBUTE_ARCHIVE;
+    /** Those among them that tell about the file; the archive bit only says who was backed up when. */
+    static final int PLAIN = RESTORED & ~Win32.FILE_ATTRIBUTE_ARCHIVE;
+
+    /** The bits of a file or directory that must be equal; of a link only the plain ones. */
+    static final int COMPARED = PLAIN | Win32.FILE_ATTRIBUTE_COMPRESSED | Win32.FILE_ATTRIBUTE_ENCRYPTED;
 
     private static final int[] LETTER_BITS = {
         Win32.FILE_ATTRIBUTE_DIRECTORY, Win32.FILE_ATTRIBUTE_REPARSE_POINT, Win32.FILE_ATTRIBUTE_READONLY,
@@ -23,6 +26,14 @@ final class Attributes {
 
     static boolean isReparsePoint(int attributes) {
         return (attributes & Win32.FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    }
+
+    static boolean isCompressed(int attributes) {
+        return (attributes & Win32.FILE_ATTRIBUTE_COMPRESSED) != 0;
+    }
+
+    static boolean isEncrypted(int attributes) {
+        return (attributes & Win32.FILE_ATTRIBUTE_ENCRYPTED) != 0;
     }
 
     /** Tells whether a new file or directory has these attributes already, so that nothing need be set. */

@@ -1,6 +1,7 @@
 package com.qarvo.winutil.backup;
 
 import picocli.CommandLine;
+import picocli.CommandLine.Mixin;
 import picocli.CommandLine.Parameters;
 
 /** Command line of {@link BackupJob}. */
@@ -8,7 +9,9 @@ import picocli.CommandLine.Parameters;
     "Copies a folder tree into a new store.",
     "A file that cannot be read, or that changes while it is read, is reported and left out. Junctions and symbolic"
         + " links are stored as links and not followed; folders that lead elsewhere in another way, such as mounted"
-        + " volumes, are reported and left out."})
+        + " volumes, are reported and left out.",
+    "With --as the account is logged on for each file and folder and asked about before anything is read of it. Its"
+        + " password is never part of the command line: it is asked for, or taken from the environment or a file."})
 final class BackupCommand extends Command {
     @Parameters(index = "0", paramLabel = "SOURCE", description = "Folder to back up.")
     private String source;
@@ -16,10 +19,18 @@ final class BackupCommand extends Command {
     @Parameters(index = "1", paramLabel = "STORE", description = "Folder for the backup; must be missing or empty.")
     private String store;
 
+    @Mixin
+    private AccountOptions as;
+
+    @Mixin
+    private SecurityOption security;
+
     @Override
     public Integer call() {
+        Account account = as.account(passwords());
         String from = files().absolutePath(source);
         String to = files().absolutePath(store);
-        return run(from, "Backed up", "left out", job -> BackupJob.run(job, from, to));
+        return run(from, "Backed up", "left out",
+                job -> BackupJob.run(job, account, security.included(), from, to));
     }
 }

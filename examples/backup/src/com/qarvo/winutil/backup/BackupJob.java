@@ -15,22 +15,33 @@ final class BackupJob implements TreeWalk.Visitor {
 
     private final Job job;
     private final NativeFiles files;
+    private final ReadCheck check;
     private final String source;
     private final Store store;
     private final ManifestWriter manifest;
     private long contents;
 
-    private BackupJob(Job job, String source, Store store, ManifestWriter manifest) {
+    private BackupJob(Job job, ReadCheck check, String source, Store store, ManifestWriter manifest) {
         this.job = job;
         this.files = job.files();
+        this.check = check;
         this.source = source;
         this.store = store;
         this.manifest = manifest;
     }
 
-    /** Backs up a folder; everything that can be wrong with the arguments is found before anything is made. */
-    static void run(Job job, String source, String storePath) {
+    /**
+     * Backs up a folder; everything that can be wrong with the arguments is found before anything is made.
+     *
+     * @param account whose rights decide what is read, null for those of this process
+     * @param withSecurity whether security descriptors are stored
+     */
+    static void run(Job job, Account account, boolean withSecurity, String source, String storePath) {
         NativeFiles files = job.files();
+        files.useBackupPrivilege();
+        Folders.requireFolder(files, source, "source");
+        ReadCheck check = new ReadCheck(files, account);
+        requireSource(check, source);
         Folders.entries(files, source, "source");
         String realSource = files.realPath(source);
         String realStore = files.realPath(storePath);
@@ -43,8 +54,8 @@ final class BackupJob implements TreeWalk.Visitor {
         Store store = Store.create(files, storePath);
         try (NativeOutputStream out = store.startManifest()) {
             ManifestWriter manifest = new ManifestWriter(out);
-            new TreeWalk(files, job.report(), true, source)
-                    .run(new BackupJob(job, source, store, manifest), job.stop());
+            BackupJob backup = new BackupJob(job, check, source, store, manifest);
+            new TreeWalk(files, job.report(), withSecurity, source).run(backup, job.stop());
             manifest.end();
             out.finish();
             store.finish();
@@ -53,10 +64,39 @@ final class BackupJob implements TreeWalk.Visitor {
         }
     }
 
+    private static void requireSource(ReadCheck check, String source) {
+        try {
+            check.require(source);
+        } catch (IOException e) {
+            throw new ClientException("The source " + Escapes.printable(source) + " cannot be backed up: "
+                    + Reasons.of(e), e);
+        }
+    }
+
     @Override
-    public void directory(Found directory) {
+    public boolean directory(Found directory) {
         add(ManifestEntry.ofDirectory(directory.path(), directory.entry()));
         job.progress().countDirectory();
+        reportSecurity(directory);
+        // The source itself was asked about before anything was made.
+        return directory.path().isEmpty() || mayRead(directory);
+    }
+
+    private void reportSecurity(Found found) {
+        if (found.securityProblem() != null) {
+            job.report().leftOut(found.entry().getPath(),
+                    "its security descriptor cannot be read: " + found.securityProblem());
+        }
+    }
+
+    private boolean mayRead(Found found) {
+        try {
+            check.require(found.entry().getPath());
+            return true;
+        } catch (IOException e) {
+            job.report().leftOut(found.entry().getPath(), Reasons.of(e));
+            return false;
+        }
     }
 
     @Override
@@ -65,6 +105,7 @@ final class BackupJob implements TreeWalk.Visitor {
             job.report().leftOut(link.entry().getPath(), "it is a link, and where it leads cannot be read");
             return;
         }
+        // Without its descriptor too: that of a link is never set or compared.
         add(ManifestEntry.ofLink(link.path(), link.entry()));
         job.progress().countLink();
     }
@@ -78,6 +119,9 @@ final class BackupJob implements TreeWalk.Visitor {
                     + " source " + Escapes.printable(source) + ".");
         }
         job.progress().at(path);
+        if (!mayRead(file)) {
+            return;
+        }
         try {
             for (int attempt = 1; !backUp(file); attempt++) {
                 job.progress().takeBack();
@@ -87,6 +131,7 @@ final class BackupJob implements TreeWalk.Visitor {
                 }
             }
             job.progress().countFile();
+            reportSecurity(file);
         } catch (IOException e) {
             job.progress().takeBack();
             job.report().leftOut(path, Reasons.of(e));

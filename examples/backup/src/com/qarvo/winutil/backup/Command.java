@@ -24,6 +24,10 @@ abstract class Command implements Callable<Integer> {
         return main.files();
     }
 
+    Passwords passwords() {
+        return main.passwords();
+    }
+
     /**
      * Runs a job and prints its summary.
      *

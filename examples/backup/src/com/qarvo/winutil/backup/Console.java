@@ -21,6 +21,20 @@ final class Console {
         return new PrintWriter(new OutputStreamWriter(out, charset(System.getProperty(property))), true);
     }
 
+    /** Tells whether there is a terminal. Without a console the output goes elsewhere, or the JVM runs in Wine. */
+    static boolean isTerminal() {
+        java.io.Console console = System.console();
+        if (console == null) {
+            return false;
+        }
+        try {
+            // Newer JVMs give a console in every case, and this method to ask it.
+            return (Boolean) java.io.Console.class.getMethod("isTerminal").invoke(console);
+        } catch (ReflectiveOperationException e) {
+            return true;
+        }
+    }
+
     private static Charset charset(String named) {
         if (named != null) {
             try {
@@ -29,6 +43,6 @@ final class Console {
                 return StandardCharsets.UTF_8;
             }
         }
-        return System.console() != null ? System.console().charset() : StandardCharsets.UTF_8;
+        return isTerminal() ? System.console().charset() : StandardCharsets.UTF_8;
     }
 }

@@ -4,6 +4,7 @@ import java.io.PrintWriter;
 import java.util.function.Supplier;
 
 import picocli.CommandLine;
+import picocli.CommandLine.Help.Ansi;
 
 /**
  * A small backup client that shows how the library is used: lists, backs up, restores and verifies folder trees.
@@ -25,6 +26,7 @@ public final class Main implements Runnable {
     static final int EXIT_FAILED = 2;
 
     private final Supplier<NativeFiles> system;
+    private final Passwords passwords;
     private final StopSignal stop;
     private NativeFiles files;
 
@@ -35,8 +37,9 @@ public final class Main implements Runnable {
             description = "Show this help.")
     private boolean help;
 
-    private Main(Supplier<NativeFiles> system, StopSignal stop) {
+    private Main(Supplier<NativeFiles> system, Passwords passwords, StopSignal stop) {
         this.system = system;
+        this.passwords = passwords;
         this.stop = stop;
     }
 
@@ -52,7 +55,7 @@ public final class Main implements Runnable {
         PrintWriter err = Console.writer(System.err, "stderr.encoding");
         int code = EXIT_FAILED;
         try {
-            code = run(WindowsNativeFiles::new, stop, out, err, arguments);
+            code = run(WindowsNativeFiles::new, Passwords.ofSystem(), stop, out, err, arguments);
         } finally {
             stop.finished();
         }
@@ -60,13 +63,15 @@ public final class Main implements Runnable {
     }
 
     /** Runs one command; the system is only asked for when a command needs it. */
-    static int run(Supplier<NativeFiles> system, StopSignal stop, PrintWriter out, PrintWriter err,
+    static int run(Supplier<NativeFiles> system, Passwords passwords, StopSignal stop, PrintWriter out, PrintWriter err,
             String... arguments) {
-        CommandLine line = new CommandLine(new Main(system, stop));
+        CommandLine line = new CommandLine(new Main(system, passwords, stop));
+        // Left to itself, the parser takes some environments without a terminal for one with colours.
+        line.setColorScheme(CommandLine.Help.defaultColorScheme(Console.isTerminal() ? Ansi.AUTO : Ansi.OFF));
         line.setOut(out);
         line.setErr(err);
         line.setParameterExceptionHandler((e, unused) -> {
-            err.println(e.getMessage());
+            err.println(withoutValues(e));
             err.println("Try " + e.getCommandLine().getCommandSpec().qualifiedName() + " --help.");
             return EXIT_FAILED;
         });
@@ -98,8 +103,29 @@ public final class Main implements Runnable {
         return files;
     }
 
+    Passwords passwords() {
+        return passwords;
+    }
+
     StopSignal stop() {
         return stop;
+    }
+
+    /** Gives a message that does not repeat the value of a misspelled option, which may be a password. */
+    private static String withoutValues(CommandLine.ParameterException e) {
+        if (e instanceof CommandLine.UnmatchedArgumentException unmatched) {
+            for (String argument : unmatched.getUnmatched()) {
+                if (argument.startsWith("-")) {
+                    return "Unknown option: '" + optionName(argument) + "'";
+                }
+            }
+        }
+        return e.getMessage();
+    }
+
+    private static String optionName(String argument) {
+        int end = argument.startsWith("--") ? argument.indexOf('=') : Math.min(2, argument.length());
+        return end < 0 ? argument : argument.substring(0, end);
     }
 
     private static String sentence(Exception e) {

@@ -89,13 +89,40 @@ interface NativeFiles {
     /** Sets the time of the last write; tells whether that was possible. */
     boolean setLastModified(String path, long milliseconds);
 
-    /** Sets those attributes of a file or directory that {@link Attributes#RESTORED} names. */
+    /**
+     * Sets attributes of a file, a directory or a link itself. Only reading them again tells whether it worked.
+     *
+     * @param attributes bits of {@link Attributes#RESTORED}, those that are missing are taken away; and perhaps
+     *        {@code FILE_ATTRIBUTE_COMPRESSED}, which compresses, and of a link what it leads to
+     * @throws IOException when it cannot be compressed, and then no attribute is set
+     */
     void setAttributes(String path, int attributes) throws IOException;
 
     /**
-     * Makes a link of one of the kinds of {@link WinFile}.
+     * Sets parts of a security descriptor. Where it is a link that may be set through it, on what it leads to.
      *
-     * @throws MissingNativeException when the library cannot make links
+     * @param parts {@code OWNER_SECURITY_INFORMATION} and its siblings
+     * @param text the descriptor as SDDL text, which has these parts
      */
+    void setSecurity(String path, int parts, String text) throws IOException;
+
+    /** Makes a link of one of the kinds of {@link WinFile}. When it fails, an empty directory may stay. */
     void makeLink(byte kind, String path, String target) throws IOException;
+
+    /** Deletes an empty directory; tells whether it is gone. */
+    boolean deleteEmptyDirectory(String path);
+
+    /** Lets this process read regardless of access rights from now on, if its account may do so. */
+    void useBackupPrivilege();
+
+    /** Lets this process write regardless of access rights, and give files to others, if its account may do so. */
+    void useRestorePrivileges();
+
+    /**
+     * Checks that an account may read a file or directory. Each call logs the account on.
+     *
+     * @throws IOException when it may not, with a message that begins with [CheckAccessToFile]; with any other one when
+     *         it cannot be logged on
+     */
+    void checkRead(String path, Account account) throws IOException;
 }

@@ -1,15 +1,17 @@
 package com.qarvo.winutil.backup;
 
 import picocli.CommandLine;
+import picocli.CommandLine.Mixin;
 import picocli.CommandLine.Parameters;
 
 /** Command line of {@link RestoreJob}. */
 @CommandLine.Command(name = "restore", description = {
     "Writes the content of a store into a new folder.",
-    "Each file is checked against its SHA-256; what does not match is reported and removed. Times and the attributes"
-        + " read-only, hidden, system and archive are set as they were, through Java where the library has no method"
-        + " for it. Links are made when the library has the methods for it, else reported as left out. Security"
-        + " descriptors are in the store for reference and not set."})
+    "Each file is checked against its SHA-256; what does not match is reported and removed. Times, the attributes"
+        + " read-only, hidden, system, archive and compressed, owner, group and access rights are set as they were."
+        + " Links are made again, with their time and attributes; owner and rights they get as new ones do, since to"
+        + " set them might change what they lead to. What cannot be set or made is reported. Making symbolic links, and"
+        + " giving files to other owners, takes an administrator."})
 final class RestoreCommand extends Command {
     @Parameters(index = "0", paramLabel = "STORE", description = "Folder of the backup.")
     private String store;
@@ -17,10 +19,13 @@ final class RestoreCommand extends Command {
     @Parameters(index = "1", paramLabel = "TARGET", description = "Folder to restore into; must be missing or empty.")
     private String target;
 
+    @Mixin
+    private SecurityOption security;
+
     @Override
     public Integer call() {
         String from = files().absolutePath(store);
         String to = files().absolutePath(target);
-        return run(from, "Restored", "left out", job -> RestoreJob.run(job, from, to));
+        return run(from, "Restored", "left out", job -> RestoreJob.run(job, security.included(), from, to));
     }
 }

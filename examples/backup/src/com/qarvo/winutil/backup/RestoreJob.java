@@ -7,29 +7,37 @@ import java.util.List;
 import java.util.Set;
 
 import com.qarvo.dov.io.DiskFullException;
+import com.qarvo.kel.util.WinFileList.WinFile;
 import com.qarvo.winutil.backup.ManifestEntry.Type;
 import com.qarvo.winutil.backup.Transfer.Content;
 
 /**
  * Writes the content of a store into a new folder. The order matters: directories and files first; then links, so
- * that nothing is ever written through one; the times of directories last, as everything made in them changes those.
+ * that nothing is ever written through one; the times and rights of directories last, as everything made in them
+ * changes the times, and the rights might not allow it.
  */
 final class RestoreJob {
     private final Job job;
     private final NativeFiles files;
+    private final Metadata metadata;
     private final Store store;
     private final String target;
     private final Set<String> missingDirectories = new HashSet<>();
 
-    private RestoreJob(Job job, Store store, String target) {
+    private RestoreJob(Job job, boolean withSecurity, Store store, String target) {
         this.job = job;
         this.files = job.files();
+        this.metadata = new Metadata(job.files(), job.report(), withSecurity);
         this.store = store;
         this.target = target;
     }
 
-    /** Restores a store; everything that can be wrong with the arguments is found before anything is made. */
-    static void run(Job job, String storePath, String target) {
+    /**
+     * Restores a store; everything that can be wrong with the arguments is found before anything is made.
+     *
+     * @param withSecurity whether owners, groups and access rights are set
+     */
+    static void run(Job job, boolean withSecurity, String storePath, String target) {
         NativeFiles files = job.files();
         Store store = Store.open(files, storePath);
         if (files.exists(target) && !Folders.entries(files, target, "target").isEmpty()) {
@@ -39,8 +47,9 @@ final class RestoreJob {
             throw new ClientException("The target " + Escapes.printable(target) + " must not lie inside the store.");
         }
         List<ManifestEntry> entries = store.readManifest();
+        files.useRestorePrivileges();
         Folders.makeIfMissing(files, target, "target");
-        new RestoreJob(job, store, target).restore(entries);
+        new RestoreJob(job, withSecurity, store, target).restore(entries);
     }
 
     private void restore(List<ManifestEntry> entries) {
@@ -59,7 +68,7 @@ final class RestoreJob {
         }
         links.forEach(this::restoreLink);
         for (int i = directories.size() - 1; i >= 0; i--) {
-            finish(directories.get(i));
+            metadata.restore(directories.get(i), targetOf(directories.get(i)));
         }
     }
 
@@ -112,7 +121,7 @@ final class RestoreJob {
             return;
         }
         job.progress().countFile();
-        finish(entry);
+        metadata.restore(entry, path);
     }
 
     private void writeContent(ManifestEntry entry, String path) throws IOException {
@@ -203,38 +212,46 @@ final class RestoreJob {
     private void restoreLink(ManifestEntry entry) {
         job.stop().check();
         String path = targetOf(entry);
-        try {
-            if (files.exists(path)) {
-                throw new IOException("something of that name is there already");
-            }
-            files.makeLink(entry.type().linkKind(), path, entry.linkTarget());
-            if (Type.of(files.entry(path, false)) != entry.type()) {
-                throw new IOException("the system says that it made the link, but it is not there");
-            }
-            job.progress().countLink();
-            setTime(entry, path);
-        } catch (IOException e) {
-            job.report().leftOut(path, Reasons.of(e));
-        }
-    }
-
-    /** Sets the time, and then the attributes: a read-only file would not take a time any more. */
-    private void finish(ManifestEntry entry) {
-        String path = targetOf(entry);
-        setTime(entry, path);
-        if (Attributes.isAsMade(entry.attributes(), entry.type() == Type.DIRECTORY)) {
+        if (files.exists(path)) {
+            job.report().leftOut(path, "something of that name is there already");
             return;
         }
         try {
-            files.setAttributes(path, entry.attributes() & Attributes.RESTORED);
+            files.makeLink(entry.type().linkKind(), path, entry.linkTarget());
+            requireLink(entry, path);
         } catch (IOException e) {
-            job.report().leftOut(path, "its attributes cannot be set: " + Reasons.of(e));
+            job.report().leftOut(path, "the link cannot be made: " + Reasons.of(e));
+            removeFailedLink(path);
+            return;
+        }
+        job.progress().countLink();
+        metadata.restore(entry, path);
+    }
+
+    /** Requires that the link is there and leads where it should: not every system that says so has made it. */
+    private void requireLink(ManifestEntry entry, String path) throws IOException {
+        WinFile made = entryOf(path);
+        if (made == null || Type.of(made) != entry.type()) {
+            throw new IOException("the system says that it was made, but it is not there");
+        }
+        if (!made.getLinkTarget().equals(entry.linkTarget())) {
+            throw new IOException("it would lead to " + Escapes.printable(made.getLinkTarget()) + " instead of "
+                    + Escapes.printable(entry.linkTarget()));
         }
     }
 
-    private void setTime(ManifestEntry entry, String path) {
-        if (!files.setLastModified(path, entry.modified())) {
-            job.report().leftOut(path, "its time cannot be set");
+    private WinFile entryOf(String path) {
+        try {
+            return files.entry(path, false);
+        } catch (IOException e) {
+            return null;
+        }
+    }
+
+    /** Removes what a failed attempt left, such as the directory of a junction: nothing was there before. */
+    private void removeFailedLink(String path) {
+        if (files.exists(path) && !files.delete(path) && !files.deleteEmptyDirectory(path)) {
+            job.report().leftOut(path, "what was begun of it cannot be removed");
         }
     }
 

@@ -25,9 +25,9 @@ final class TransferOptions {
         return new Transfer.Options(blockSize, unbuffered);
     }
 
-    /** Tells whether to show progress; a JVM without a console is one whose output goes elsewhere, or runs in Wine. */
+    /** Tells whether to show progress. */
     boolean showsProgress() {
-        return progress != null ? progress : System.console() != null;
+        return progress != null ? progress : Console.isTerminal();
     }
 
     /** Reads sizes such as 4096, 64K and 1M. */

@@ -4,7 +4,9 @@ import java.io.IOException;
 import java.util.ArrayDeque;
 import java.util.ArrayList;
 import java.util.Deque;
+import java.util.HashMap;
 import java.util.List;
+import java.util.Map;
 
 import com.qarvo.kel.util.WinFileList.WinFile;
 
@@ -24,19 +26,27 @@ final class TreeWalk {
      *
      * @param path relative to the top, empty for the top itself
      * @param entry what the system says of it; for reparse points the link kind is known
+     * @param securityProblem why it has no security descriptor here, null when it has one or none was wanted
      */
-    record Found(String path, WinFile entry) {
+    record Found(String path, WinFile entry, String securityProblem) {
     }
 
     /** Takes what is found. */
     interface Visitor {
-        void directory(Found directory);
+        /** Tells whether to go into it. */
+        boolean directory(Found directory);
 
         void file(Found file);
 
         void link(Found link);
     }
 
+    /**
+     * Prepares a walk.
+     *
+     * @param withSecurity whether security descriptors are wanted
+     * @param root the top of the tree
+     */
     TreeWalk(NativeFiles files, Report report, boolean withSecurity, String root) {
         this.files = files;
         this.report = report;
@@ -51,39 +61,42 @@ final class TreeWalk {
      */
     void run(Visitor visitor, StopSignal stop) {
         WinFile top = Folders.requireFolder(files, root, "folder");
-        if (withSecurity) {
-            top = securedTop(top);
-        }
-        waiting.push(new Found("", top));
+        waiting.push(foundTop(top));
         while (!waiting.isEmpty()) {
             stop.check();
             Found directory = waiting.pop();
-            visitor.directory(directory);
-            visitEntries(directory, visitor, stop);
+            if (visitor.directory(directory)) {
+                visitEntries(directory, visitor, stop);
+            }
         }
     }
 
-    private WinFile securedTop(WinFile top) {
-        try {
-            WinFile secured = files.entry(root, true);
-            if (secured.getSecurityDescriptor().isEmpty()) {
-                report.leftOut(root, "its security descriptor cannot be read");
-            }
-            return secured;
-        } catch (IOException e) {
-            report.leftOut(root, "its security descriptor cannot be read: " + Reasons.of(e));
-            return top;
+    private Found foundTop(WinFile top) {
+        if (!withSecurity) {
+            return new Found("", top, null);
         }
+        try {
+            return found("", files.entry(root, true), Map.of());
+        } catch (IOException e) {
+            return new Found("", top, Reasons.of(e));
+        }
+    }
+
+    /** Makes a find of an entry, with the reason from the listing where it has no descriptor. */
+    private Found found(String path, WinFile entry, Map<String, String> reasons) {
+        boolean missing = withSecurity && entry.getSecurityDescriptor().isEmpty();
+        return new Found(path, entry, missing ? reasons.getOrDefault(entry.getPath(), "the system gives none") : null);
     }
 
     private void visitEntries(Found directory, Visitor visitor, StopSignal stop) {
         List<Found> directories = new ArrayList<>();
         String path = Names.join(root, directory.path());
         int nameStart = Names.join(path, "x").length() - 1;
-        for (WinFile entry : list(path)) {
+        Map<String, String> reasons = new HashMap<>();
+        for (WinFile entry : list(path, reasons)) {
             stop.check();
             String name = entry.getPath().substring(nameStart);
-            visit(name, new Found(Names.join(directory.path(), name), entry), visitor, directories);
+            visit(name, found(Names.join(directory.path(), name), entry, reasons), visitor, directories);
         }
         // Pushed backwards, so that the first is the next to be visited.
         for (int i = directories.size() - 1; i >= 0; i--) {
@@ -91,11 +104,11 @@ final class TreeWalk {
         }
     }
 
-    private List<WinFile> list(String directory) {
+    private List<WinFile> list(String directory, Map<String, String> reasons) {
         List<WinFile> entries = new ArrayList<>();
         try {
-            files.list(directory, withSecurity, entries::add, (path, reason) -> report.leftOut(path,
-                    "its security descriptor cannot be read: " + Reasons.of(reason)));
+            files.list(directory, withSecurity, entries::add,
+                    (path, reason) -> reasons.put(path, Reasons.of(reason)));
         } catch (IOException e) {
             report.leftOut(directory, "it cannot be listed" + (entries.isEmpty() ? "" : " to the end") + ": "
                     + Reasons.of(e));
@@ -119,14 +132,14 @@ final class TreeWalk {
     private void visitReparsePoint(Found found, Visitor visitor) {
         String path = found.entry().getPath();
         try {
-            WinFile entry = files.entry(path, withSecurity);
-            if (entry.isLink()) {
-                visitor.link(new Found(found.path(), entry));
-            } else if (entry.isDirectory()) {
+            Found reparsed = found(found.path(), files.entry(path, withSecurity), Map.of());
+            if (reparsed.entry().isLink()) {
+                visitor.link(reparsed);
+            } else if (reparsed.entry().isDirectory()) {
                 report.leftOut(path, "it is a mounted volume or a reparse point of an unknown kind, and not entered");
             } else {
                 // Such as deduplicated or compressed content: the file system shows it as a file like any other.
-                visitor.file(new Found(found.path(), entry));
+                visitor.file(reparsed);
             }
         } catch (IOException e) {
             report.leftOut(path, Reasons.of(e));

@@ -3,6 +3,7 @@ package com.qarvo.winutil.backup;
 import java.io.IOException;
 import java.time.Instant;
 import java.util.LinkedHashMap;
+import java.util.List;
 import java.util.Map;
 
 import com.qarvo.kel.util.WinFileList.WinFile;
@@ -14,28 +15,38 @@ final class VerifyJob implements TreeWalk.Visitor {
     private final Job job;
     private final Map<String, ManifestEntry> expected = new LinkedHashMap<>();
     private final String tree;
+    private final boolean withSecurity;
 
-    private VerifyJob(Job job, String tree) {
+    private VerifyJob(Job job, boolean withSecurity, String tree) {
         this.job = job;
         this.tree = tree;
+        this.withSecurity = withSecurity;
     }
 
-    static void run(Job job, String storePath, String tree) {
-        VerifyJob verify = new VerifyJob(job, tree);
+    /**
+     * Compares.
+     *
+     * @param withSecurity whether owners, groups and access rights are compared
+     */
+    static void run(Job job, boolean withSecurity, String storePath, String tree) {
+        VerifyJob verify = new VerifyJob(job, withSecurity, tree);
+        job.files().useBackupPrivilege();
         Store store = Store.open(job.files(), storePath);
         Folders.entries(job.files(), tree, "tree");
         store.readManifest().forEach(entry -> verify.expected.put(entry.path(), entry));
-        new TreeWalk(job.files(), job.report(), false, tree).run(verify, job.stop());
+        new TreeWalk(job.files(), job.report(), withSecurity, tree).run(verify, job.stop());
         verify.expected.values().forEach(entry -> verify.differs(entry.path(), "it is missing"));
     }
 
     @Override
-    public void directory(Found directory) {
+    public boolean directory(Found directory) {
         job.progress().countDirectory();
         ManifestEntry entry = take(directory, Type.DIRECTORY);
         if (entry != null) {
-            compareTimeAndAttributes(entry, directory);
+            compareTimeAndAttributes(entry, directory, Attributes.COMPARED);
+            compareSecurity(entry, directory);
         }
+        return true;
     }
 
     @Override
@@ -45,7 +56,8 @@ final class VerifyJob implements TreeWalk.Visitor {
             job.progress().at(file.entry().getPath());
             job.progress().countFile();
             compareContent(entry, file);
-            compareTimeAndAttributes(entry, file);
+            compareTimeAndAttributes(entry, file, Attributes.COMPARED);
+            compareSecurity(entry, file);
         }
     }
 
@@ -53,10 +65,14 @@ final class VerifyJob implements TreeWalk.Visitor {
     public void link(Found link) {
         job.progress().countLink();
         ManifestEntry entry = take(link, Type.of(link.entry()));
-        if (entry != null && !entry.linkTarget().equals(link.entry().getLinkTarget())) {
+        if (entry == null) {
+            return;
+        }
+        if (!entry.linkTarget().equals(link.entry().getLinkTarget())) {
             differs(link.path(), "it leads to " + Escapes.printable(link.entry().getLinkTarget()) + " instead of "
                     + Escapes.printable(entry.linkTarget()));
         }
+        compareTimeAndAttributes(entry, link, Attributes.PLAIN);
     }
 
     /** Finds the entry for what was found and crosses it off; null when there is none of this type. */
@@ -96,16 +112,42 @@ final class VerifyJob implements TreeWalk.Visitor {
         return job.transfer().read(file, (buffer, offset, length) -> { }).sha256();
     }
 
-    private void compareTimeAndAttributes(ManifestEntry entry, Found found) {
+    private void compareTimeAndAttributes(ManifestEntry entry, Found found, int compared) {
         WinFile entryFound = found.entry();
         if (entryFound.getLastModified() != entry.modified()) {
             differs(found.path(), "its time is " + time(entryFound.getLastModified()) + " instead of "
                     + time(entry.modified()));
         }
-        int attributes = (entryFound.getAttributes() ^ entry.attributes()) & Attributes.COMPARED;
+        int attributes = (entryFound.getAttributes() ^ entry.attributes()) & compared;
         if (attributes != 0) {
             differs(found.path(), "its attributes are " + Attributes.letters(entryFound.getAttributes())
                     + " instead of " + Attributes.letters(entry.attributes()));
+        }
+    }
+
+    /** Compares what a backup has read; where it could not, it has said so. */
+    private void compareSecurity(ManifestEntry entry, Found found) {
+        if (!withSecurity || entry.security().isEmpty()) {
+            return;
+        }
+        if (found.securityProblem() != null) {
+            job.report().leftOut(found.entry().getPath(),
+                    "its security descriptor cannot be read: " + found.securityProblem());
+            return;
+        }
+        differencesOf(entry.security(), found.entry().getSecurityDescriptor())
+                .forEach(difference -> differs(found.path(), difference));
+    }
+
+    private static List<String> differencesOf(String wanted, String found) {
+        if (wanted.equals(found)) {
+            return List.of();
+        }
+        try {
+            return Descriptor.parse(wanted).differencesOf(Descriptor.parse(found));
+        } catch (IOException e) {
+            return List.of("its security descriptor is " + Escapes.printable(found) + " instead of "
+                    + Escapes.printable(wanted));
         }
     }
 

@@ -7,7 +7,6 @@ import java.nio.file.Files;
 import java.nio.file.InvalidPathException;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
-import java.nio.file.attribute.DosFileAttributeView;
 import java.util.function.BiConsumer;
 import java.util.function.Consumer;
 
@@ -29,8 +28,6 @@ final class WindowsNativeFiles implements NativeFiles {
     private static final int CLASSIC_LIMIT = 248;
 
     private final WindowsUtil util = new WindowsUtil();
-    private boolean setsAttributes = true;
-    private boolean makesLinks = true;
 
     @Override
     public String absolutePath(String path) {
@@ -171,56 +168,49 @@ final class WindowsNativeFiles implements NativeFiles {
 
     @Override
     public void setAttributes(String path, int attributes) throws IOException {
-        if (setsAttributes) {
-            try {
-                setNatively(path, attributes);
-                return;
-            } catch (UnsatisfiedLinkError e) {
-                setsAttributes = false;
-            }
-        }
-        setThroughJava(path, attributes);
+        util.setFileAttr(extended(path), attributes == 0 ? Win32.FILE_ATTRIBUTE_NORMAL : attributes);
+    }
+
+    @Override
+    public void setSecurity(String path, int parts, String text) throws IOException {
+        util.setFileAttrWithSecurityDescriptor(extended(path), parts, text, Win32.INVALID_FILE_ATTRIBUTES);
     }
 
     @Override
     public void makeLink(byte kind, String path, String target) throws IOException {
-        if (makesLinks) {
-            try {
-                makeNatively(kind, path, target);
-                return;
-            } catch (UnsatisfiedLinkError e) {
-                makesLinks = false;
-            }
-        }
-        throw new MissingNativeException("this version of the library cannot make links, and it is one");
-    }
-
-    private void setNatively(String path, int attributes) throws IOException {
-        util.setFileAttr(extended(path), attributes == 0 ? Win32.FILE_ATTRIBUTE_NORMAL : attributes);
-        // A failure is not reported, so that the only way to know is to look.
-        if ((util.getFileAttr(extended(path)) & attributes) != attributes) {
-            throw new IOException("the system did not take them");
-        }
-    }
-
-    private static void setThroughJava(String path, int attributes) throws IOException {
-        if (hasTrailingDotOrSpace(path)) {
-            throw new IOException("Java cannot reach names that end in a dot or a space");
-        }
-        DosFileAttributeView view = Files.getFileAttributeView(Path.of(path), DosFileAttributeView.class);
-        view.setArchive((attributes & Win32.FILE_ATTRIBUTE_ARCHIVE) != 0);
-        view.setSystem((attributes & Win32.FILE_ATTRIBUTE_SYSTEM) != 0);
-        view.setHidden((attributes & Win32.FILE_ATTRIBUTE_HIDDEN) != 0);
-        view.setReadOnly((attributes & Win32.FILE_ATTRIBUTE_READONLY) != 0);
-    }
-
-    private void makeNatively(byte kind, String path, String target) throws IOException {
         switch (kind) {
             case WinFile.JUNCTION -> util.createJunctionPoint(extended(path), target);
             case WinFile.FILE_SYMBOLIC_LINK -> util.createFileSymbolicLink(extended(path), target);
             case WinFile.DIRECTORY_SYMBOLIC_LINK -> util.createDirectorySymbolicLink(extended(path), target);
             default -> throw new IllegalArgumentException("no kind of link: " + kind);
         }
+    }
+
+    @Override
+    public boolean deleteEmptyDirectory(String path) {
+        try {
+            // Java takes such a path for that of another directory.
+            return !hasTrailingDotOrSpace(path) && Files.deleteIfExists(Path.of(path));
+        } catch (IOException | InvalidPathException e) {
+            return false;
+        }
+    }
+
+    @Override
+    public void useBackupPrivilege() {
+        // The answers say that the system was asked, not what the account got: that shows with each file.
+        util.enableBackupPrivilege();
+    }
+
+    @Override
+    public void useRestorePrivileges() {
+        util.enableRestorePrivilege();
+        util.enableTakeOwnershipPrivilege();
+    }
+
+    @Override
+    public void checkRead(String path, Account account) throws IOException {
+        util.isAccessRead(extended(path), account.domain(), account.user(), account.password());
     }
 
     /** A listing reads descriptors by the classic form of a path, which does not reach every file. */

@@ -1,0 +1,77 @@
+package com.qarvo.winutil.backup;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+
+import java.io.IOException;
+import java.util.List;
+
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
+import org.junit.jupiter.params.provider.ValueSource;
+
+class DescriptorTest {
+    @ParameterizedTest
+    @CsvSource(delimiter = '~', value = {
+        "O:BAG:SYD:(A;;FA;;;SY) ~ 7",
+        "O:S-1-5-21-1-2-3-1000G:S-1-5-21-1-2-3-513D:PAI(A;OICI;0x1200a9;;;WD)(D;;FW;;;AN) ~ 7",
+        "O:BA ~ 1",
+        "G:SY ~ 2",
+        "O:BAG:SY ~ 3",
+        "D: ~ 4",
+        "D:P ~ 4",
+        "D:NO_ACCESS_CONTROL ~ 4",
+        "O:BAD:(A;;FA;;;SY) ~ 5",
+        "D:(XA;;FX;;;S-1-1-0;(@User.Title==\"PM (acting)\" && (Member_of {SID(BA)}))) ~ 4",
+    })
+    void hasThePartsThatTheTextHas(String text, int parts) throws IOException {
+        assertEquals(parts, Descriptor.parse(text).parts());
+    }
+
+    @ParameterizedTest
+    @CsvSource(delimiter = '=', value = {
+        "O:BAG:SYD:P(A;;FA;;;SY)(D;;FW;;;WD) = O:BAG:SYD:P(A;;FA;;;SY)(D;;FW;;;WD)",
+        "O:BAG:SY = O:BAG:SY",
+        "D: = D:",
+        "D:AI(A;ID;FA;;;SY) = D:ARAI(A;ID;FA;;;SY)",
+        "D:PAI(A;;FA;;;SY) = D:PARAI(A;;FA;;;SY)",
+        "D:ARAI(A;;FA;;;SY) = D:ARAI(A;;FA;;;SY)",
+    })
+    void isSetAsItStandsExceptThatAnInheritedListMustBeAskedFor(String text, String set) throws IOException {
+        assertEquals(set, Descriptor.parse(text).text());
+    }
+
+    @ParameterizedTest
+    @ValueSource(strings = {"", "x", "O:", "O:BAG:", "O:BASY", "O:S-1-5-21-G:SY D:", "G:SYO:BA", "D:X", "D:(A", "D:)(",
+        "D:(A))", "D:(A)x", "D:(A)S:(AU)", "S:(ML;;NW;;;LW)", "O:BAS:(ML)", "D:(A)D:(A)", "D:(\")", "D:(A)\"x\"",
+        "D:(A;;FA;;;SY)\u0000", "O:BA\n", "O:../x", "D:PPPPP"})
+    void anythingElseThanWhatABackupWritesIsRefused(String text) {
+        assertThrows(IOException.class, () -> Descriptor.parse(text));
+    }
+
+    @Test
+    void saysEachPartInWhichAnotherOneDiffers() throws IOException {
+        Descriptor wanted = Descriptor.parse("O:BAG:SYD:P(A;;FA;;;SY)");
+
+        assertEquals(List.of(), wanted.differencesOf(Descriptor.parse("O:BAG:SYD:P(A;;FA;;;SY)")));
+        assertEquals(List.of("its owner is SY instead of BA", "its group is BU instead of SY",
+                "its access rights are (A;;FA;;;SY) instead of P(A;;FA;;;SY)"),
+                wanted.differencesOf(Descriptor.parse("O:SYG:BUD:(A;;FA;;;SY)")));
+        assertEquals(List.of("its group is none instead of SY", "its access rights are none instead of P(A;;FA;;;SY)"),
+                wanted.differencesOf(Descriptor.parse("O:BA")));
+    }
+
+    @Test
+    void howAListCameToBeIsNoDifferenceAndAPartThatIsNotWantedIsNone() throws IOException {
+        Descriptor wanted = Descriptor.parse("D:AI(A;ID;FA;;;SY)");
+
+        assertEquals(List.of(), wanted.differencesOf(Descriptor.parse("O:BAG:SYD:(A;ID;FA;;;SY)")));
+    }
+
+    @Test
+    void noListAtAllIsNotTheEmptyOne() throws IOException {
+        assertEquals(List.of("its access rights are NO_ACCESS_CONTROL instead of none"),
+                Descriptor.parse("D:").differencesOf(Descriptor.parse("D:NO_ACCESS_CONTROL")));
+    }
+}
