@@ -62,6 +62,8 @@ inline constexpr JavaMethod newServerFeature{"<init>", "(IILjava/lang/String;)V"
 inline constexpr JavaMethod addEntry{"addEntry",
                                      "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/"
                                      "String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"};
+// Name, serial number, and whether it is the system disk.
+inline constexpr JavaMethod addDiskInfo{"addDiskInfo", "(Ljava/lang/String;Ljava/lang/String;Z)V"};
 }  // namespace java_method
 
 // Returns the method of `type`, or null with the JVM's NoSuchMethodError pending.

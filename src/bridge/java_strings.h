@@ -22,6 +22,9 @@ jstring newJavaString(JNIEnv* env, std::wstring_view text) noexcept;
 // `capacity` counts wide characters of `destination`, the terminator included.
 void ansiToWide(wchar_t* destination, const char* source, int capacity) noexcept;
 
+// Returns a text in the active ANSI code page; none when it cannot be converted or memory is exhausted.
+HeapMemory<char> wideToAnsi(const wchar_t* source) noexcept;
+
 // Returns a copy of the first `length` characters of `text`, with room for `extra` more; none when memory is
 // exhausted.
 WideString copyText(const wchar_t* text, std::size_t length, std::size_t extra = 0) noexcept;

@@ -1,8 +1,10 @@
-// Volumes, partitions and drives.
+// Volumes, partitions and drives, and the serial numbers of disks.
+#include "bridge/errors.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
 #include "bridge/optional_functions.h"
 #include "exports/entry.h"
+#include "volume/disk_serials.h"
 #include "volume/disk_volumes.h"
 #include "volume/drives.h"
 #include "volume/volumes.h"
@@ -101,4 +103,12 @@ JNIEXPORT jlong JNICALL Java_com_qarvo_kel_util_WindowsUtil_getFreeDiskSpace(JNI
 
 JNIEXPORT jobjectArray JNICALL Java_com_qarvo_kel_util_WindowsUtil_getLogicalDrives(JNIEnv* env, jobject) {
     return volume::logicalDrives(env);
+}
+
+JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getHardDiskSN(JNIEnv* env, jobject,
+                                                                         jobject collector) {
+    ErrorBuffer errorBuffer;
+    if (!volume::listDiskSerials(env, collector, errorBuffer)) {
+        throwIOException(env, errorBuffer.text());
+    }
 }

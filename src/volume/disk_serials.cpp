@@ -1,0 +1,124 @@
+#include "volume/disk_serials.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "bridge/java_classes.h"
+#include "bridge/java_strings.h"
+#include "bridge/standard_output.h"
+#include "inventory/wmi_property.h"
+#include "inventory/wmi_session.h"
+#include "volume/ata_serial.h"
+#include "volume/device_number.h"
+#include "volume/drives.h"
+
+namespace winutil::volume {
+
+namespace {
+
+using inventory::WmiProperty;
+
+constexpr inventory::WmiQuery diskQuery{.text = L"SELECT * FROM Win32_DiskDrive",
+                                        .failureText = L"Query for Computer Disk Drive failed.",
+                                        .failureForm = inventory::FailureForm::withSystemText};
+
+constexpr std::string_view physicalDrive = "\\\\.\\PHYSICALDRIVE";
+static_assert(physicalDrive.size() == 17);
+
+// Returns the number of the disk with the Windows folder; -1 when it cannot be told, as for a volume on
+// several disks.
+int systemDiskNumber() noexcept {
+    DriveText letter;
+    if (!systemDriveLetter(letter)) {
+        return -1;
+    }
+    char device[drivePathCapacity + 5];  // \\.\ and the colon
+    _snprintf_s(device, sizeof(device), _TRUNCATE, "\\\\.\\%s:", letter);
+    // No access is asked for: the question needs none, and so no rights.
+    const FileHandle volume(
+        CreateFileA(device, 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+    STORAGE_DEVICE_NUMBER number;
+    if (!volume || !readDeviceNumber(volume.get(), number)) {
+        return -1;
+    }
+    return static_cast<int>(number.DeviceNumber);
+}
+
+bool isPhysicalDrive(const char* deviceId) noexcept {
+    return _strnicmp(deviceId, physicalDrive.data(), physicalDrive.size()) == 0;
+}
+
+void printDisk(const char* deviceId, const char* serial, bool isSystem) noexcept {
+    for (const char* text : {"szDriveName: [", deviceId, "]\nstrSerialNumber: [", serial,
+                             "]\nbSystemDisk: ", isSystem ? "1\n" : "0\n"}) {
+        printText(text);
+    }
+}
+
+// Returns false when a Java exception is pending.
+bool listDisk(JNIEnv* env, jobject collector, IWbemClassObject* disk, const char* systemDisk) noexcept {
+    const WmiProperty deviceId(disk, L"DeviceID");
+    if (!deviceId.isText()) {
+        return true;
+    }
+    const HeapMemory<char> device = wideToAnsi(deviceId.text());
+    if (!device || !isPhysicalDrive(device.get())) {
+        return true;
+    }
+    const bool isSystem = _stricmp(device.get(), systemDisk) == 0;
+    const HeapMemory<char> known = wideToAnsi(WmiProperty(disk, L"SerialNumber").text());
+    if (known && *known.get() != '\0') {
+        return reportDisk(env, collector, device.get(), known.get(), isSystem);
+    }
+    AtaSerial serial;
+    ataIdentifySerial(device.get(), serial);
+    return *serial == '\0' || reportDisk(env, collector, device.get(), serial, isSystem);
+}
+
+}  // namespace
+
+void systemDiskName(DiskName& name) noexcept {
+    _snprintf_s(name, diskNameCapacity, _TRUNCATE, "%s%d", physicalDrive.data(), systemDiskNumber());
+}
+
+bool reportDisk(JNIEnv* env, jobject collector, const char* deviceId, const char* serial,
+                bool isSystem) noexcept {
+    if (env == nullptr) {
+        printDisk(deviceId, serial, isSystem);
+        return true;
+    }
+    // The bytes of the ANSI texts go to Java as they are: right for ASCII, which is what disks have.
+    const LocalRef javaDevice(env, env->NewStringUTF(deviceId));
+    if (!javaDevice) {
+        return false;
+    }
+    const LocalRef javaSerial(env, env->NewStringUTF(serial));
+    if (!javaSerial) {
+        return false;
+    }
+    const jmethodID addDiskInfo =
+        collector == nullptr ? nullptr : findCollectorMethod(env, collector, java_method::addDiskInfo);
+    if (addDiskInfo == nullptr) {
+        return true;
+    }
+    env->CallVoidMethod(collector, addDiskInfo, javaDevice.get(), javaSerial.get(),
+                        isSystem ? JNI_TRUE : JNI_FALSE);
+    return !exceptionPending(env);
+}
+
+bool listDiskSerials(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {
+    DiskName systemDisk;
+    systemDiskName(systemDisk);
+    inventory::WmiSession session;
+    if (!session.run(diskQuery, errorBuffer)) {
+        return false;
+    }
+    while (const auto disk = session.next()) {
+        if (!listDisk(env, collector, disk.get(), systemDisk)) {
+            break;
+        }
+    }
+    return true;
+}
+
+}  // namespace winutil::volume
