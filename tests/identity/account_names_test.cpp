@@ -113,12 +113,16 @@ TEST_F(AccountNames, GiveTheNetBiosNameOfThisComputer) {
 
 TEST_F(AccountNames, AskForTheSizeOfTheNetBiosNameFirst) {
     const ComputerNameCall call(system(), ComputerNamePhysicalNetBIOS, L"BACKUP-PC");
+    const auto memory = system().watch("malloc");
 
     EXPECT_EQ(NATIVE(getNetBIOSComputerName)().text(), L"BACKUP-PC");
 
     ASSERT_EQ(call.count(), 2u);
     EXPECT_EQ(call.call(0).argument<LPWSTR>(1), nullptr);
     EXPECT_NE(call.call(1).argument<LPWSTR>(1), nullptr);
+    // One character more than the size that the system asks for, which counts the terminator.
+    ASSERT_EQ(memory.count(), 1u);
+    EXPECT_EQ(memory.calls()[0].argument<std::size_t>(0), 11 * sizeof(wchar_t));
 }
 
 TEST_F(AccountNames, GiveNoNetBiosNameWhereTheSystemFails) {

@@ -170,15 +170,16 @@ HRESULT FakeSearch::GetColumn(ADS_SEARCH_HANDLE handle, LPWSTR name, PADS_SEARCH
     column->pszAttrName = name;
     column->dwADsType = row.type;
     column->dwNumValues = row.path.empty() ? 0 : 1;
-    column->pADsValues = value.get();
+    column->pADsValues = row.path.empty() ? nullptr : value.get();
+    column->hReserved = value.get();
     directory().openHandles.insert(value.get());
     values_[value.get()] = std::move(value);
     return S_OK;
 }
 
 HRESULT FakeSearch::FreeColumn(PADS_SEARCH_COLUMN column) {
-    EXPECT_EQ(directory().openHandles.erase(column->pADsValues), 1u) << "a column that was not given out";
-    values_.erase(column->pADsValues);
+    EXPECT_EQ(directory().openHandles.erase(column->hReserved), 1u) << "a column that was not given out";
+    values_.erase(column->hReserved);
     return S_OK;
 }
 

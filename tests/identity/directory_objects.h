@@ -129,7 +129,7 @@ private:
     Found& found(ADS_SEARCH_HANDLE handle);
 
     std::map<ADS_SEARCH_HANDLE, std::unique_ptr<Found>> searches_;
-    std::map<PADSVALUE, std::unique_ptr<ADSVALUE>> values_;
+    std::map<HANDLE, std::unique_ptr<ADSVALUE>> values_;
     bool wholeSubtree_ = false;
 };
 
