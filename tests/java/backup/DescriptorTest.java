@@ -45,7 +45,7 @@ class DescriptorTest {
     @ParameterizedTest
     @ValueSource(strings = {"", "x", "O:", "O:BAG:", "O:BASY", "O:S-1-5-21-G:SY D:", "G:SYO:BA", "D:X", "D:(A", "D:)(",
         "D:(A))", "D:(A)x", "D:(A)S:(AU)", "S:(ML;;NW;;;LW)", "O:BAS:(ML)", "D:(A)D:(A)", "D:(\")", "D:(A)\"x\"",
-        "D:(A;;FA;;;SY)\u0000", "O:BA\n", "O:../x", "D:PPPPP"})
+        "D:(A;;FA;;;SY)\u0000", "D:(A;;FA;;;SY\u0000)(D;;FA;;;WD)", "O:BA\n", "O:../x", "D:PPPPP"})
     void anythingElseThanWhatABackupWritesIsRefused(String text) {
         assertThrows(IOException.class, () -> Descriptor.parse(text));
     }

@@ -86,6 +86,15 @@ class VerifyTest {
     }
 
     @Test
+    void asksForThePrivilegeToReadEverything() {
+        files.calls.clear();
+
+        bed.verify("C:\\src");
+
+        assertEquals("privilege backup", files.calls.get(0));
+    }
+
+    @Test
     void findsAnotherOwnerAndOtherRights() {
         files.node("C:\\src\\a.txt").security = "O:WDG:SYD:(A;;FA;;;SY)";
         files.node("C:\\src\\sub").security = "O:BAG:SYD:P(A;;FA;;;SY)";
