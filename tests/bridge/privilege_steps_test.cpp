@@ -55,6 +55,22 @@ TEST_F(PrivilegeStepsTest, AdjustTheTokenThatWasOpened) {
     EXPECT_EQ(adjust.calls().at(0).argument<HANDLE>(0), token);
 }
 
+TEST_F(PrivilegeStepsTest, SwitchAPrivilegeOffWithNoAttributeAtAll) {
+    std::vector<DWORD> attributes;
+    const auto adjust = REPLACE(AdjustTokenPrivileges, [&](HANDLE, BOOL, PTOKEN_PRIVILEGES request, DWORD,
+                                                           PTOKEN_PRIVILEGES, PDWORD) {
+        attributes.push_back(request->Privileges[0].Attributes);
+        return TRUE;
+    });
+
+    // A preallocated file holds a privilege while it is opened.
+    const jlong record = NATIVE(createFileNC__Ljava_lang_String_2IIIJ)(
+        folder() / L"file", static_cast<jint>(GENERIC_WRITE), CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, 1);
+    NATIVE(closeFile)(record);
+
+    EXPECT_THAT(attributes, ::testing::ElementsAre(2u, 0u));
+}
+
 TEST_F(PrivilegeStepsTest, CountAsDoneWithoutThePrivilege) {
     const auto adjust = system().answer("AdjustTokenPrivileges", TRUE, ERROR_NOT_ALL_ASSIGNED);
 

@@ -109,9 +109,20 @@ TEST_F(WorkersTest, MessagesMayHaveATextInFront) {
     winutil::formatWin32Error(L"", L"Tag", 5, buffer, std::size(buffer));
     EXPECT_EQ(buffer, L" Tag (5) " + systemText(5));
 
-    winutil::formatWin32Error(L"Path x", L"Tag", 5, buffer, 45);
-    EXPECT_STREQ(buffer, systemText(5).size() > 29 ? L"Path x Tag (5) Failed to obtain error message"
-                                                   : (L"Path x Tag (5) " + systemText(5)).c_str());
+    winutil::formatWin32Error(L"Path x", L"Tag", 5, buffer, std::size(buffer));
+    EXPECT_EQ(buffer, L"Path x Tag (5) " + systemText(5));
+    // Room for the fixed text alone.
+    DWORD wordy = 1;
+    while (wordy < 20000 && systemText(wordy).size() <= std::size(winutil::noSystemText)) {
+        ++wordy;
+    }
+    ASSERT_LT(wordy, 20000u);
+    const std::wstring fixed = L"Path x Tag (" + std::to_wstring(wordy) + L") Failed to obtain error message";
+    winutil::formatWin32Error(L"Path x", L"Tag", wordy, buffer, fixed.size() + 1);
+    EXPECT_EQ(buffer, fixed);
+
+    winutil::formatWin32Error(L"Path x", L"Tag", 0xEFFFFFFF, buffer, std::size(buffer));
+    EXPECT_STREQ(buffer, L"Path x Tag (-268435457) Failed to obtain error message");
 }
 
 TEST_F(WorkersTest, AnsiTextsBecomeWideOnes) {

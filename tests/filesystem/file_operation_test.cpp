@@ -89,6 +89,7 @@ INSTANTIATE_TEST_SUITE_P(Codes, MakeErrorTest,
                                            MakeError{ERROR_PATH_NOT_FOUND, securityException},
                                            MakeError{ERROR_INVALID_NAME, securityException},
                                            MakeError{ERROR_SHARING_VIOLATION, securityException},
+                                           MakeError{ERROR_HANDLE_DISK_FULL, securityException},
                                            MakeError{ERROR_FILENAME_EXCED_RANGE, securityException}),
                          [](const auto& error) { return "Code" + std::to_string(error.param.code); });
 

@@ -44,6 +44,9 @@ TEST_F(RecordTest, HasSizeTimeAndAttributesAsTheSystemGivesThem) {
     EXPECT_EQ(fieldsOf(record(L"C:\\x")),
               (Fields{L"C:\\x", false, 0x100000002, -2, static_cast<jint>(0x80000020), L"", 2, L""}));
     EXPECT_THAT(queries, ElementsAre(L"C:\\x"));
+
+    const auto queryOfAFolder = answerAttributes(FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_EQ(fieldsOf(record(L"C:\\x")), (Fields{L"C:\\x", true, 0x100000002, -2, 0x10, L"", 0, L""}));
 }
 
 TEST_F(RecordTest, HasTheOlderFormWhereTheClassHasNoOther) {

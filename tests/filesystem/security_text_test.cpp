@@ -120,7 +120,7 @@ TEST_F(SecurityTextTest, IsGivenUpWhenItGrowsBetweenTheTwoCalls) {
 }
 
 TEST_F(SecurityTextTest, IsLookedForInASecondWayThatGivesNone) {
-    const auto fail = system().answer("GetFileSecurityW", FALSE, ERROR_ACCESS_DENIED);
+    const auto fail = system().answer("GetFileSecurityW", FALSE, ERROR_MORE_DATA);
     std::wstring asked;
     const auto find = REPLACE(
         GetNamedSecurityInfoW, [&](LPCWSTR path, SE_OBJECT_TYPE type, SECURITY_INFORMATION parts, PSID* owner,
