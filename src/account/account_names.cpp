@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "account/token_user.h"
+#include "bridge/token_user.h"
 
 namespace winutil::account {
 

@@ -3,8 +3,8 @@
 #include <lmaccess.h>
 #include <lmerr.h>
 
-#include "account/token_user.h"
 #include "bridge/owners.h"
+#include "bridge/token_user.h"
 
 namespace winutil::account {
 

@@ -1,6 +1,6 @@
 #include "account/sids.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <cstdio>
 
 namespace winutil::account {
@@ -12,16 +12,6 @@ constexpr DWORD textSizeOfHead = 28;
 constexpr DWORD textSizeOfSubAuthority = 12;
 
 }  // namespace
-
-bool isSidWithin(const void* sid, const void* memory, std::size_t size) noexcept {
-    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-    const auto at = reinterpret_cast<std::uintptr_t>(sid);
-    constexpr std::size_t headerSize = offsetof(SID, SubAuthority);
-    if (at < begin || at - begin > size || size - (at - begin) < headerSize) {
-        return false;
-    }
-    return size - (at - begin) >= GetSidLengthRequired(static_cast<const SID*>(sid)->SubAuthorityCount);
-}
 
 bool sidToText(PSID sid, char* buffer, DWORD& size) noexcept {
     if (!IsValidSid(sid)) {

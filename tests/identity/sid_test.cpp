@@ -1,11 +1,12 @@
 // The text of security identifiers: of the token's user through the library, and the worker by itself.
 #include "account/sids.h"
+#include "bridge/token_user.h"
 #include "sid_bytes.h"
 
 namespace {
 
 using namespace testbed;
-using winutil::account::isSidWithin;
+using winutil::isSidWithin;
 using winutil::account::sidToText;
 
 struct SidCase {

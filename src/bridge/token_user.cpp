@@ -1,8 +1,18 @@
-#include "account/token_user.h"
+#include "bridge/token_user.h"
 
-#include "account/sids.h"
+#include <cstdint>
 
-namespace winutil::account {
+namespace winutil {
+
+bool isSidWithin(const void* sid, const void* memory, std::size_t size) noexcept {
+    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+    const auto at = reinterpret_cast<std::uintptr_t>(sid);
+    constexpr std::size_t headerSize = offsetof(SID, SubAuthority);
+    if (at < begin || at - begin > size || size - (at - begin) < headerSize) {
+        return false;
+    }
+    return size - (at - begin) >= GetSidLengthRequired(static_cast<const SID*>(sid)->SubAuthorityCount);
+}
 
 ProcessHeapMemory<TOKEN_USER> tokenUser(HANDLE token) noexcept {
     DWORD size = 0;
@@ -30,4 +40,4 @@ ProcessHeapMemory<TOKEN_USER> currentTokenUser() noexcept {
     return tokenUser(token.get());
 }
 
-}  // namespace winutil::account
+}  // namespace winutil
