@@ -24,7 +24,11 @@ inline constexpr char accountRestrictionException[] =
     "com/qarvo/kel/util/UtilException$AccountRestrictionException";
 inline constexpr char string[] = "java/lang/String";
 inline constexpr char winFile[] = "com/qarvo/kel/util/WinFileList$WinFile";
-// A descriptor where a name is due, as it has always been: the JVM resolves it nevertheless.
+inline constexpr char winPipe[] = "com/qarvo/kel/util/WinPipe";
+inline constexpr char winProcess[] = "com/qarvo/kel/util/WinProcess";
+inline constexpr char winProcessInfo[] = "com/qarvo/kel/util/WinProcessInfo";
+// Descriptors where names are due, as they have always been: the JVM resolves them nevertheless.
+inline constexpr char arrayList[] = "Ljava/util/ArrayList;";
 inline constexpr char winServerFeature[] = "Lcom/qarvo/kel/util/WinServerFeature;";
 }  // namespace java_class
 
@@ -43,6 +47,12 @@ inline constexpr JavaMethod addFile{"addFile", "(Ljava/lang/String;ZJJILjava/lan
 inline constexpr JavaMethod newWinFile{"<init>",
                                        "(Ljava/lang/String;ZJJILjava/lang/String;BLjava/lang/String;)V"};
 inline constexpr JavaMethod newOlderWinFile{"<init>", "(Ljava/lang/String;ZJJILjava/lang/String;Z)V"};
+// A child's pipe; a child with its standard error, its standard output, and its token and profile.
+inline constexpr JavaMethod newWinPipe{"<init>", "(J)V"};
+inline constexpr JavaMethod newWinProcess{"<init>",
+                                          "(JLcom/qarvo/kel/util/WinPipe;Lcom/qarvo/kel/util/WinPipe;JJ)V"};
+inline constexpr JavaMethod newWinProcessInfo{"<init>",
+                                              "(Ljava/lang/String;JJLjava/lang/String;Ljava/lang/String;)V"};
 // What a registry key holds: the names of root, key and item, and the value of an item that has one.
 inline constexpr JavaMethod addNode{"addNode", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"};
 inline constexpr JavaMethod addStringNode{
