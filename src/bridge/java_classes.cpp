@@ -9,6 +9,9 @@ jmethodID findMethod(JNIEnv* env, jclass type, const JavaMethod& method) noexcep
 }
 
 jmethodID findCollectorMethod(JNIEnv* env, jobject collector, const JavaMethod& method) noexcept {
+    if (collector == nullptr) {
+        return nullptr;
+    }
     const LocalRef type(env, env->GetObjectClass(collector));
     const jmethodID found = type ? findMethod(env, type.get(), method) : nullptr;
     if (found == nullptr) {

@@ -80,7 +80,7 @@ inline constexpr JavaMethod addDiskInfo{"addDiskInfo", "(Ljava/lang/String;Ljava
 jmethodID findMethod(JNIEnv* env, jclass type, const JavaMethod& method) noexcept;
 
 // Returns the method of a collector's class, or null with nothing pending: a collector that lacks the method
-// is passed over, and the calls behind the lookup must stay legal.
+// is passed over, and the calls behind the lookup must stay legal. So is no collector at all.
 jmethodID findCollectorMethod(JNIEnv* env, jobject collector, const JavaMethod& method) noexcept;
 
 // Returns whether a Java exception is pending. Every call into Java is followed by this.

@@ -114,7 +114,7 @@ DWORD exportEncryptedFile(JNIEnv* env, PVOID context, jobject stream) noexcept {
 }
 
 DWORD importEncryptedFile(JNIEnv* env, PVOID context, jobject stream) noexcept {
-    const jmethodID read = stream == nullptr ? nullptr : findCollectorMethod(env, stream, java_method::read);
+    const jmethodID read = findCollectorMethod(env, stream, java_method::read);
     if (read == nullptr) {
         throwIOException(env, L"[Ljava/io/InputStream;] Cannot get read() methodID");
         return ERROR_SUCCESS;

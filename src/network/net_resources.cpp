@@ -58,8 +58,7 @@ jstring newNameString(JNIEnv* env, const wchar_t* name) noexcept {
 
 // Hands one resource to the collector. Returns false when a Java exception is pending.
 bool reportNetResource(JNIEnv* env, jobject collector, const NETRESOURCEW& entry) noexcept {
-    const jmethodID addEntry =
-        collector == nullptr ? nullptr : findCollectorMethod(env, collector, java_method::addEntry);
+    const jmethodID addEntry = findCollectorMethod(env, collector, java_method::addEntry);
     if (addEntry == nullptr) {
         return true;
     }

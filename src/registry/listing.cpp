@@ -73,7 +73,7 @@ void convertValueName(const Level& level, DWORD type) noexcept {
 template <class... Value>
 bool report(const Level& level, const JavaMethod& method, const wchar_t* item, Value... value) noexcept {
     JNIEnv* env = level.env;
-    if (env == nullptr || level.collector == nullptr) {
+    if (env == nullptr) {
         return true;
     }
     const jmethodID found = findCollectorMethod(env, level.collector, method);

@@ -96,8 +96,7 @@ bool reportDisk(JNIEnv* env, jobject collector, const char* deviceId, const char
     if (!javaSerial) {
         return false;
     }
-    const jmethodID addDiskInfo =
-        collector == nullptr ? nullptr : findCollectorMethod(env, collector, java_method::addDiskInfo);
+    const jmethodID addDiskInfo = findCollectorMethod(env, collector, java_method::addDiskInfo);
     if (addDiskInfo == nullptr) {
         return true;
     }

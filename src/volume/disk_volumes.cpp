@@ -181,8 +181,7 @@ void listNtfsPartitions(JNIEnv* env, const wchar_t* diskPath, jobject collector)
         throwFailure(env, code);
         return;
     }
-    const jmethodID add =
-        collector == nullptr ? nullptr : findCollectorMethod(env, collector, java_method::add);
+    const jmethodID add = findCollectorMethod(env, collector, java_method::add);
     if (add == nullptr) {
         return;
     }

@@ -80,8 +80,7 @@ void listPartitions(JNIEnv* env, jobject collector) noexcept {
         printFailure(L"FindFirstVolumeW", GetLastError());
         return;
     }
-    const jmethodID add =
-        collector == nullptr ? nullptr : findCollectorMethod(env, collector, java_method::add);
+    const jmethodID add = findCollectorMethod(env, collector, java_method::add);
     if (add == nullptr) {
         return;
     }
