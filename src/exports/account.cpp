@@ -90,10 +90,11 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_networkAuthenticat
                                                                                   jstring user,
                                                                                   jstring password) {
     const WideAccount credentials(env, domain, user, password);
-    if (!credentials) {
+    if (credentials) {
+        account::networkAuthenticate(credentials.get());
+    } else if (exceptionPending(env)) {
         return nullptr;
     }
-    account::networkAuthenticate(credentials.get());
     return newJavaString(env, L"");
 }
 
@@ -129,15 +130,13 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getSIDForUser(JNIE
         return env->NewStringUTF("");
     }
     const WideString wideDomain = textOrEmpty(env, domain);
-    if (!wideDomain) {
-        return nullptr;
-    }
-    const WideString wideUser = toWideString(env, user);
-    if (!wideUser) {
+    const WideString wideUser = wideDomain ? toWideString(env, user) : WideString();
+    if (!wideUser && exceptionPending(env)) {
         return nullptr;
     }
     account::SidText text;
-    return env->NewStringUTF(account::accountSid(wideDomain.get(), wideUser.get(), text) ? text : "");
+    const bool found = wideUser && account::accountSid(wideDomain.get(), wideUser.get(), text);
+    return env->NewStringUTF(found ? text : "");
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getDomainUserGroups(JNIEnv* env, jobject,

@@ -53,7 +53,8 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getWinSecurityDesc
     const std::unique_ptr<CExCallback> events(new (std::nothrow) CExCallback(env, caller, listener));
     const WideString widePath = toWideString(env, path);
     if (!widePath) {
-        return nullptr;
+        // Without a path there is no file to report.
+        return exceptionPending(env) ? nullptr : newJavaString(env, L"");
     }
     OSVERSIONINFOA version;
     WideString text;

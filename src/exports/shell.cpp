@@ -1,5 +1,6 @@
 // Shortcuts, libraries and the system's own paths.
 #include "bridge/java_arrays.h"
+#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
 #include "exports/entry.h"
 #include "filesystem/libraries.h"
@@ -7,6 +8,15 @@
 #include "filesystem/system_paths.h"
 
 using namespace winutil;
+
+namespace {
+
+// The answer where memory ran out: that of any other failure, unless the JVM has said so already.
+jstring emptyText(JNIEnv* env) noexcept {
+    return exceptionPending(env) ? nullptr : newJavaString(env, L"");
+}
+
+}  // namespace
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isShortcut(JNIEnv* env, jobject,
                                                                           jstring path) {
@@ -18,7 +28,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getShortcutTarget(
                                                                                 jstring path) {
     const WideString widePath = toWideString(env, path);
     if (!widePath) {
-        return nullptr;
+        return emptyText(env);
     }
     filesystem::ShortcutTarget target;
     filesystem::readShortcutTarget(widePath.get(), target);
@@ -53,7 +63,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_searchPathFromLibr
                                                                                     jstring name) {
     const WideString wideName = toWideString(env, name);
     if (!wideName) {
-        return nullptr;
+        return emptyText(env);
     }
     filesystem::FoundPath path;
     filesystem::searchSystemPath(wideName.get(), path);

@@ -186,6 +186,10 @@ TEST_F(LogonTest, NetworkAuthenticateWithoutMemoryPresentsNothing) {
 
         EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
     }
+    const auto memory = system().answer("malloc", 0);
+    const JavaObject text = NATIVE(networkAuthenticate)(L"DOM", L"user", L"secret");
+    ASSERT_TRUE(text);
+    EXPECT_EQ(text.text(), L"");
     EXPECT_EQ(logon.count(), 0u);
 }
 

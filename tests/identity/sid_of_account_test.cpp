@@ -144,6 +144,27 @@ TEST_F(SidOfAccount, IsEmptyWithoutMemoryForTheSid) {
     EXPECT_EQ(lookups.size(), 1u);
 }
 
+TEST_F(SidOfAccount, IsEmptyWithoutMemoryForTheNames) {
+    const auto accounts = accountsHave(sidBytes(ntAuthority, {18}));
+    for (std::size_t k = 1; k <= 2; ++k) {
+        const auto memory = system().failCall("malloc", k, 0);
+        const JavaObject sid = NATIVE(getSIDForUser)(L"CORP", L"alice");
+        ASSERT_TRUE(sid) << k;
+        EXPECT_EQ(sid.text(), L"") << k;
+    }
+    EXPECT_THAT(lookups, IsEmpty());
+}
+
+TEST_F(SidOfAccount, IsNotLookedUpWhereJavaHasNoMemoryForTheNames) {
+    const auto accounts = accountsHave(sidBytes(ntAuthority, {18}));
+    for (std::size_t k = 1; k <= 2; ++k) {
+        java.failCall("GetStringChars", k);
+        EXPECT_FALSE(NATIVE(getSIDForUser)(L"CORP", L"alice")) << k;
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+    }
+    EXPECT_THAT(lookups, IsEmpty());
+}
+
 TEST_F(SidOfAccount, IsEmptyForALookupThatSucceedsWithoutASize) {
     const auto lookup = system().answer("LookupAccountNameW", TRUE);
 

@@ -195,6 +195,19 @@ TEST_F(UserGroups, EndWhereJavaHasNoMemory) {
     EXPECT_THAT(added, ElementsAre(L"Domain Users"));
 }
 
+TEST_F(UserGroups, AreNotAskedForWithoutMemoryForTheNames) {
+    for (std::size_t k = 1; k <= 2; ++k) {
+        java.failCall("GetStringChars", k);
+        NATIVE(getDomainUserGroups)(L"dc1", L"alice", collector());
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+
+        const auto memory = system().failCall("malloc", k, 0);
+        NATIVE(getDomainUserGroups)(L"dc1", L"alice", collector());
+    }
+    EXPECT_THAT(global.askedServers, IsEmpty());
+    EXPECT_THAT(local.askedServers, IsEmpty());
+}
+
 TEST_F(UserGroups, AreNotAskedForWithoutACollectorThatTakesThem) {
     const JavaObject other =
         java.collector("add", "(Ljava/lang/String;)Z", [](const Arguments&) { return true; });

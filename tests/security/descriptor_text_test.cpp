@@ -95,6 +95,19 @@ TEST_F(DescriptorTextTest, GivesAnEmptyTextWithoutAListener) {
     EXPECT_EQ(NATIVE(getWinSecurityDescriptor)(folder() / L"missing", 7, nullptr).text(), L"");
 }
 
+TEST_F(DescriptorTextTest, GivesAnEmptyTextWithoutMemoryForThePath) {
+    {
+        const auto memory = system().answer("malloc", 0);
+        const JavaObject text = NATIVE(getWinSecurityDescriptor)(folder() / L"file", 7, listener());
+        ASSERT_TRUE(text);
+        EXPECT_EQ(text.text(), L"");
+    }
+    java.failCall("GetStringChars", 1);
+    EXPECT_FALSE(NATIVE(getWinSecurityDescriptor)(folder() / L"file", 7, listener()));
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_THAT(events, IsEmpty());
+}
+
 TEST_F(DescriptorTextTest, PassesTheListenersOwnExceptionOn) {
     const JavaObject listener = java.collector(
         "fireFileErrorEvent", "(Ljava/lang/String;Ljava/lang/String;)V", [this](const Arguments&) {

@@ -65,6 +65,19 @@ TEST_F(ShortcutTarget, IsEmptyWhenAStepFails) {
     EXPECT_EQ(count("uninitialize"), 5);
 }
 
+TEST_F(ShortcutTarget, IsEmptyWithoutMemoryForThePath) {
+    {
+        const auto memory = system().answer("malloc", 0);
+        const JavaObject target = NATIVE(getShortcutTarget)(L"C:\\a.lnk");
+        ASSERT_TRUE(target);
+        EXPECT_EQ(target.text(), L"");
+    }
+    java.failCall("GetStringChars", 1);
+    EXPECT_FALSE(NATIVE(getShortcutTarget)(L"C:\\a.lnk"));
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(events, Events{});
+}
+
 TEST_F(ShortcutTarget, DropsTheLongPrefix) {
     link.target = L"\\\\?\\C:\\target.txt";
     EXPECT_EQ(NATIVE(getShortcutTarget)(L"C:\\a.lnk").text(), L"C:\\target.txt");

@@ -54,6 +54,18 @@ TEST_F(SystemSearch, GivesAPathThatFitsAndNeverACutOne) {
     EXPECT_EQ(NATIVE(searchPathFromLibrary)(L"name").text(), L"");
 }
 
+TEST_F(SystemSearch, IsEmptyWithoutMemoryForTheName) {
+    {
+        const auto memory = system().answer("malloc", 0);
+        const JavaObject found = NATIVE(searchPathFromLibrary)(L"kernel32.dll");
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found.text(), L"");
+    }
+    java.failCall("GetStringChars", 1);
+    EXPECT_FALSE(NATIVE(searchPathFromLibrary)(L"kernel32.dll"));
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+}
+
 TEST_F(SystemSearch, IsEmptyOnASystemWithoutTheSearch) {
     FreshLibrary old(folder(), L"old.dll");
     old.ledger().allowUnknown("FreeLibrary");  // of a module that was only looked up
