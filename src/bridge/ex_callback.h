@@ -22,6 +22,8 @@ public:
     // the library.
     static void* operator new(std::size_t size) = delete;
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
+    // Its counterpart is the second of them: the first, which it would belong to, is there for nobody.
+    // NOLINTNEXTLINE(misc-new-delete-overloads)
     static void operator delete(void* memory) noexcept { std::free(memory); }
 
     // Calls the listener's fireFileErrorEvent(path, message) and returns whether Java was called; the
