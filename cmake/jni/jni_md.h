@@ -1,5 +1,5 @@
-// The machine-dependent half of <jni.h> for 64-bit Windows, used when the build's own JDK is not a Windows one:
-// its jni_md.h would make jlong a 32-bit long and export nothing.
+// The machine-dependent half of <jni.h> for 64-bit Windows, used when the build's own JDK is not a Windows
+// one: its jni_md.h would make jlong a 32-bit long and export nothing.
 #ifndef WINUTIL_JNI_MD_H
 #define WINUTIL_JNI_MD_H
 

@@ -92,7 +92,8 @@ private:
     Exception exception_;
 };
 
-// Gives the DLL memory that ends at a guard page and, unless zeros are asked for, is full of anything but zeros.
+// Gives the DLL memory that ends at a guard page and, unless zeros are asked for, is full of anything but
+// zeros.
 class GuardedHeap {
 public:
     explicit GuardedHeap(SystemCalls& system);
