@@ -285,7 +285,7 @@ TEST_F(ServerFeatures, HaveAnEmptyNameAndZerosForWhatIsUnknown) {
     EXPECT_EQ(list(), (std::vector<Feature>{{0, 0, L""}, {7, 0, L""}}));
 }
 
-TEST_F(ServerFeatures, AreLookedUpByADescriptor) {
+TEST_F(ServerFeatures, NeedTheirClass) {
     java.removeClass("com/qarvo/kel/util/WinServerFeature");
     found(feature(2, 0, L"Web Server"));
 

@@ -1378,7 +1378,7 @@ public class WindowsUtil {
 
     /**
      * Adds the installed features of a Windows server to a list, as {@link WinServerFeature}. A Windows that is no
-     * server has no such query, and it fails there.
+     * server has none: either nothing is added there, or the query fails.
      *
      * @param list takes the features through {@code boolean add(Object)}
      * @throws IOException when WMI fails
