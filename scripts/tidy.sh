@@ -13,6 +13,7 @@ extra=(
     --extra-arg=-isystem"$gcc_headers/c++/x86_64-w64-mingw32"
     # Options of GCC's that clang does not have, or takes for the linker's.
     --extra-arg=-Wno-unused-command-line-argument
+    --extra-arg=-Wno-unknown-warning-option
 )
 find src -name '*.cpp' -print0 | sort -z |
     xargs -0 -n 1 -P "$(nproc)" clang-tidy-19 --quiet -p "$build" "${extra[@]}" 2> >(grep -v 'warnings generated' >&2)
