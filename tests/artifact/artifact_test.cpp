@@ -3,6 +3,7 @@
 
 #include <winver.h>
 
+#include <iostream>
 
 #include "artifact_checks.h"
 #include "winutil_test.h"
