@@ -12,6 +12,7 @@ import java.util.function.Function;
 /** A disk in memory, and the client run on it as from the command line. */
 final class Bed {
     final FakeFiles files = new FakeFiles();
+    final FakeInventory inventory = new FakeInventory();
     final StopSignal stop = new StopSignal();
     final Map<String, String> environment = new HashMap<>();
     /** What someone types where the password is asked for; null when nobody is there. */
@@ -24,7 +25,7 @@ final class Bed {
     Result run(String... arguments) {
         StringWriter out = new StringWriter();
         StringWriter err = new StringWriter();
-        int code = Main.run(() -> files, new Passwords(environment::get, console), stop,
+        int code = Main.run(new Natives(() -> files, () -> inventory), new Passwords(environment::get, console), stop,
                 new PrintWriter(out, true), new PrintWriter(err, true), arguments);
         return new Result(code, out.toString(), err.toString().replace(System.lineSeparator(), "\n"));
     }

@@ -23,13 +23,15 @@ class CommandLineTest {
     private final FakeFiles files = bed.files;
 
     @ParameterizedTest
-    @ValueSource(strings = {"list", "backup", "restore", "verify"})
+    @ValueSource(strings = {"list", "backup", "restore", "verify", "inventory"})
     void eachCommandHasHelpThatNeedsNoLibrary(String command) {
         StringWriter out = new StringWriter();
 
-        int code = Main.run(() -> {
+        int code = Main.run(new Natives(() -> {
             throw new AssertionError("the library is not needed");
-        }, null, bed.stop, new PrintWriter(out, true), new PrintWriter(out, true), command, "--help");
+        }, () -> {
+            throw new AssertionError("the library is not needed");
+        }), null, bed.stop, new PrintWriter(out, true), new PrintWriter(out, true), command, "--help");
 
         assertEquals(0, code);
         assertTrue(out.toString().startsWith("Usage: backup-client " + command), out.toString());
@@ -59,13 +61,16 @@ class CommandLineTest {
         assertTrue(result.out().contains("Exit codes:"), result.out());
     }
 
-    @Test
-    void aLibraryThatCannotBeLoadedIsOneSentence() {
+    @ParameterizedTest
+    @ValueSource(strings = {"list C:\\src", "inventory"})
+    void aLibraryThatCannotBeLoadedIsOneSentence(String arguments) {
         StringWriter err = new StringWriter();
 
-        int code = Main.run(() -> {
+        int code = Main.run(new Natives(() -> {
             throw new UnsatisfiedLinkError("WinUtil64.dll is missing.");
-        }, null, bed.stop, new PrintWriter(new StringWriter()), new PrintWriter(err, true), "list", "C:\\src");
+        }, () -> {
+            throw new UnsatisfiedLinkError("WinUtil64.dll is missing.");
+        }), null, bed.stop, new PrintWriter(new StringWriter()), new PrintWriter(err, true), arguments.split(" "));
 
         assertEquals(2, code);
         assertEquals("WinUtil64.dll is missing.", err.toString().strip());

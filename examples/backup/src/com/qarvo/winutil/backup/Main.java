@@ -7,14 +7,16 @@ import picocli.CommandLine;
 import picocli.CommandLine.Help.Ansi;
 
 /**
- * A small backup client that shows how the library is used: lists, backs up, restores and verifies folder trees.
+ * A small backup client that shows how the library is used: lists, backs up, restores and verifies folder trees, and
+ * shows what the computer is made of.
  *
  * <p>Exit codes: 0 when everything was done, 1 when something was left out or differs, 2 when the command could not
  * be carried out.
  */
 @CommandLine.Command(name = "backup-client", mixinStandardHelpOptions = false,
         description = "Backs up and restores folder trees through WinUtil64.dll.",
-        subcommands = {ListCommand.class, BackupCommand.class, RestoreCommand.class, VerifyCommand.class},
+        subcommands = {ListCommand.class, BackupCommand.class, RestoreCommand.class, VerifyCommand.class,
+            InventoryCommand.class},
         exitCodeListHeading = "%nExit codes:%n",
         exitCodeList = {
             "0:Everything was done.",
@@ -25,7 +27,7 @@ public final class Main implements Runnable {
     static final int EXIT_INCOMPLETE = 1;
     static final int EXIT_FAILED = 2;
 
-    private final Supplier<NativeFiles> system;
+    private final Natives natives;
     private final Passwords passwords;
     private final StopSignal stop;
     private NativeFiles files;
@@ -37,8 +39,8 @@ public final class Main implements Runnable {
             description = "Show this help.")
     private boolean help;
 
-    private Main(Supplier<NativeFiles> system, Passwords passwords, StopSignal stop) {
-        this.system = system;
+    private Main(Natives natives, Passwords passwords, StopSignal stop) {
+        this.natives = natives;
         this.passwords = passwords;
         this.stop = stop;
     }
@@ -55,7 +57,7 @@ public final class Main implements Runnable {
         PrintWriter err = Console.writer(System.err, "stderr.encoding");
         int code = EXIT_FAILED;
         try {
-            code = run(WindowsNativeFiles::new, Passwords.ofSystem(), stop, out, err, arguments);
+            code = run(new Natives(WindowsNativeFiles::new, WindowsNativeInventory::new), Passwords.ofSystem(), stop, out, err, arguments);
         } finally {
             stop.finished();
         }
@@ -63,9 +65,9 @@ public final class Main implements Runnable {
     }
 
     /** Runs one command; the system is only asked for when a command needs it. */
-    static int run(Supplier<NativeFiles> system, Passwords passwords, StopSignal stop, PrintWriter out, PrintWriter err,
+    static int run(Natives natives, Passwords passwords, StopSignal stop, PrintWriter out, PrintWriter err,
             String... arguments) {
-        CommandLine line = new CommandLine(new Main(system, passwords, stop));
+        CommandLine line = new CommandLine(new Main(natives, passwords, stop));
         // Left to itself, the parser takes some environments without a terminal for one with colours.
         line.setColorScheme(CommandLine.Help.defaultColorScheme(Console.isTerminal() ? Ansi.AUTO : Ansi.OFF));
         line.setOut(out);
@@ -94,13 +96,13 @@ public final class Main implements Runnable {
 
     NativeFiles files() {
         if (files == null) {
-            try {
-                files = system.get();
-            } catch (UnsatisfiedLinkError e) {
-                throw new ClientException(e.getMessage(), e);
-            }
+            files = load(natives.files());
         }
         return files;
+    }
+
+    NativeInventory inventory() {
+        return load(natives.inventory());
     }
 
     Passwords passwords() {
@@ -109,6 +111,14 @@ public final class Main implements Runnable {
 
     StopSignal stop() {
         return stop;
+    }
+
+    private static <T> T load(Supplier<T> natives) {
+        try {
+            return natives.get();
+        } catch (UnsatisfiedLinkError e) {
+            throw new ClientException(e.getMessage(), e);
+        }
     }
 
     /** Gives a message that does not repeat the value of a misspelled option, which may be a password. */
