@@ -2,8 +2,8 @@
 """Runs the end-to-end tests in a Windows JVM under Wine, with its natives checked, and judges the run.
 
 Beside the tests' own report, which run_suite.py describes, RESULTS/java-endtoend-gate.xml says: the JVM did not crash,
-checked mode had no complaint about our class, each exported native was called at least once, and the gate sees
-complaints when there are some.
+checked mode had no complaint about our class, each exported native was called at least once, keys typed at a console
+were read, and the gate sees complaints when there are some.
 """
 
 import argparse
@@ -16,6 +16,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import threading
 
 import checked_jni
 import run_suite
@@ -129,6 +130,37 @@ def gate_is_awake(java, options, env):
     return cases
 
 
+def reads_console_keys(java, options, env, work):
+    """Has a JVM with a console of its own, a pseudo-terminal, read the keys that are typed there."""
+    keys, result = 'yA7\t', work / 'keys.txt'
+    terminal, console = os.openpty()
+    try:
+        process = subprocess.Popen(
+            java + [f'-Dwinutil.library={windows(options.library)}', 'com.qarvo.kel.util.endtoend.ConsoleKeys',
+                    windows(result), str(len(keys))], stdin=console, stdout=console, stderr=console, env=env)
+        os.write(terminal, keys.encode())
+        # What is shown has to be taken, or the program would wait for that.
+        threading.Thread(target=drain, args=(terminal,), daemon=True).start()
+        try:
+            process.wait(60)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+    finally:
+        os.close(console)
+    found = result.read_text('utf-8') if result.exists() else 'no keys'
+    expected = ' '.join(str(ord(key)) for key in keys)
+    return Case('the keys of a console are read', None if found == expected else f'expected {expected}, found {found}')
+
+
+def drain(terminal):
+    """Reads from a pseudo-terminal until its other end is closed."""
+    with contextlib.suppress(OSError):
+        while os.read(terminal, 4096):
+            pass
+    os.close(terminal)
+
+
 def judge(options, log, resolve_log, crashes):
     output = log.read_text('utf-8', 'replace')
     found = checked_jni.complaints(output)
@@ -202,6 +234,7 @@ def main():
     work = pathlib.Path(tempfile.mkdtemp(prefix='endtoend-', dir=options.logs))
     try:
         good, cases = run_tests(options, env, java, work, devices)
+        cases.append(reads_console_keys(java, options, env, work))
     finally:
         shutil.rmtree(work)
     cases += gate_is_awake(java, options, env)
