@@ -1,6 +1,8 @@
 // One query to the Windows Management Instrumentation of this computer.
 #pragma once
 
+#include <cstdint>
+
 #include "bridge/com.h"
 #include "bridge/errors.h"
 
@@ -10,7 +12,7 @@
 namespace winutil::inventory {
 
 // What the message of a failed session is made of.
-enum class FailureForm {
+enum class FailureForm : std::uint8_t {
     // The step's text alone; only where COM itself fails the system's text follows.
     fixedText,
     // The step's text, and the system's behind it where it has one.

@@ -217,6 +217,11 @@ class InventoryTest {
     }
 
     @Test
+    void aFullVolumeHasNoRoomWhichIsNotTheSameAsUnknownRoom() {
+        assertTrue(json().contains("\"size\": 1073741824,\n        \"free\": 0,"), json());
+    }
+
+    @Test
     void noVolumeIsTheSystemsWhenItsDriveIsNotKnown() {
         computer.systemDrive = "";
 
