@@ -57,11 +57,8 @@ void printDisk(const char* deviceId, const char* serial, bool isSystem) noexcept
 
 // Returns false when a Java exception is pending.
 bool listDisk(JNIEnv* env, jobject collector, IWbemClassObject* disk, const char* systemDisk) noexcept {
-    const WmiProperty deviceId(disk, L"DeviceID");
-    if (!deviceId.isText()) {
-        return true;
-    }
-    const HeapMemory<char> device = wideToAnsi(deviceId.text());
+    // What is no text is empty here, and so no drive.
+    const HeapMemory<char> device = wideToAnsi(WmiProperty(disk, L"DeviceID").text());
     if (!device || !isPhysicalDrive(device.get())) {
         return true;
     }

@@ -20,7 +20,7 @@ constexpr DWORD volumeNameCapacity = 2048;
 constexpr std::size_t mountPathLimit = 2048;  // characters that are kept of a mount path
 constexpr DWORD firstMountListCapacity = 2049;
 
-// Where a volume is mounted, with a zero behind the list whatever the system wrote.
+// Where a volume is mounted: zeros behind what the system wrote, as far as the memory goes.
 struct MountList {
     WideString text;
     std::size_t length = 0;
@@ -28,7 +28,7 @@ struct MountList {
 
 MountList readMountList(const wchar_t* volumeName) noexcept {
     for (DWORD capacity = firstMountListCapacity;;) {
-        WideString list = allocateZeroed<wchar_t>(std::size_t{capacity} + 1);
+        WideString list = allocateZeroed<wchar_t>(capacity);
         if (!list) {
             return {};
         }

@@ -165,9 +165,12 @@ TEST_F(Drives, GiveNoLetterWhereTheWindowsFolderHasNone) {
         const Replacement asking = windowsFolder(path);
         EXPECT_EQ(NATIVE(getSystemVolumeDriveLetter)(), nullptr) << path;
     }
-    // Too small a buffer: the length that it takes, and nothing in it.
-    for (const UINT length : {2048U, 5000U}) {
-        const Replacement asking = REPLACE(GetWindowsDirectoryA, [=](LPSTR, UINT) { return length; });
+    // A failure, and too small a buffer: the length that it takes, and nothing of use in it.
+    for (const UINT length : {0U, 2048U, 5000U}) {
+        const Replacement asking = REPLACE(GetWindowsDirectoryA, [=](LPSTR buffer, UINT room) {
+            strcpy_s(buffer, room, "C:\\Windows");
+            return length;
+        });
         EXPECT_EQ(NATIVE(getSystemVolumeDriveLetter)(), nullptr);
     }
 }
