@@ -56,6 +56,18 @@ final class OpenHandles implements BeforeEachCallback, AfterEachCallback {
         return handles(FILE_TYPE, TOKEN_TYPE);
     }
 
+    /** The number of all handles of this process. */
+    static int ofAllKinds() {
+        Memory table = table();
+        int count = 0;
+        for (int i = 0; i < table.getInt(0); i++) {
+            if (table.getInt(8 + (long) ENTRY_SIZE * i) == OWN_PID) {
+                count++;
+            }
+        }
+        return count;
+    }
+
     private static Set<Integer> handles(int... types) {
         Memory table = table();
         Set<Integer> found = new TreeSet<>();

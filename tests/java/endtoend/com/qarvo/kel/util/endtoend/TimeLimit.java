@@ -15,7 +15,7 @@ import org.junit.jupiter.api.extension.ReflectiveInvocationContext;
  * where every thread stands and to stop the JVM.
  */
 final class TimeLimit implements InvocationInterceptor {
-    private static final int LIMIT_SECONDS = 60;
+    private static final int LIMIT_SECONDS = 180;
     private static final int EXIT_CODE = 99;
 
     private static final ScheduledExecutorService WATCH = Executors.newSingleThreadScheduledExecutor(task -> {
