@@ -13,6 +13,7 @@ import java.util.function.Function;
 final class Bed {
     final FakeFiles files = new FakeFiles();
     final FakeInventory inventory = new FakeInventory();
+    final FakeMessages messages = new FakeMessages();
     final StopSignal stop = new StopSignal();
     final Map<String, String> environment = new HashMap<>();
     /** What someone types where the password is asked for; null when nobody is there. */
@@ -25,9 +26,21 @@ final class Bed {
     Result run(String... arguments) {
         StringWriter out = new StringWriter();
         StringWriter err = new StringWriter();
-        int code = Main.run(new Natives(() -> files, () -> inventory), new Passwords(environment::get, console), stop,
-                new PrintWriter(out, true), new PrintWriter(err, true), arguments);
+        int code = Main.run(new Natives(() -> files, () -> inventory, () -> messages),
+                new Passwords(environment::get, console), stop, new PrintWriter(out, true),
+                new PrintWriter(err, true), arguments);
         return new Result(code, out.toString(), err.toString().replace(System.lineSeparator(), "\n"));
+    }
+
+    /** Natives of which every part fails to load. */
+    static Natives without(Error failure) {
+        return new Natives(() -> {
+            throw failure;
+        }, () -> {
+            throw failure;
+        }, () -> {
+            throw failure;
+        });
     }
 
     Result backup() {

@@ -23,15 +23,12 @@ class CommandLineTest {
     private final FakeFiles files = bed.files;
 
     @ParameterizedTest
-    @ValueSource(strings = {"list", "backup", "restore", "verify", "inventory"})
+    @ValueSource(strings = {"list", "backup", "restore", "verify", "inventory", "serve", "send"})
     void eachCommandHasHelpThatNeedsNoLibrary(String command) {
         StringWriter out = new StringWriter();
 
-        int code = Main.run(new Natives(() -> {
-            throw new AssertionError("the library is not needed");
-        }, () -> {
-            throw new AssertionError("the library is not needed");
-        }), null, bed.stop, new PrintWriter(out, true), new PrintWriter(out, true), command, "--help");
+        int code = Main.run(Bed.without(new AssertionError("the library is not needed")), null, bed.stop,
+                new PrintWriter(out, true), new PrintWriter(out, true), command, "--help");
 
         assertEquals(0, code);
         assertTrue(out.toString().startsWith("Usage: backup-client " + command), out.toString());
@@ -62,15 +59,12 @@ class CommandLineTest {
     }
 
     @ParameterizedTest
-    @ValueSource(strings = {"list C:\\src", "inventory"})
+    @ValueSource(strings = {"list C:\\src", "inventory", "serve", "send text"})
     void aLibraryThatCannotBeLoadedIsOneSentence(String arguments) {
         StringWriter err = new StringWriter();
 
-        int code = Main.run(new Natives(() -> {
-            throw new UnsatisfiedLinkError("WinUtil64.dll is missing.");
-        }, () -> {
-            throw new UnsatisfiedLinkError("WinUtil64.dll is missing.");
-        }), null, bed.stop, new PrintWriter(new StringWriter()), new PrintWriter(err, true), arguments.split(" "));
+        int code = Main.run(Bed.without(new UnsatisfiedLinkError("WinUtil64.dll is missing.")), null, bed.stop,
+                new PrintWriter(new StringWriter()), new PrintWriter(err, true), arguments.split(" "));
 
         assertEquals(2, code);
         assertEquals("WinUtil64.dll is missing.", err.toString().strip());

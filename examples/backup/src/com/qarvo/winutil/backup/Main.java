@@ -7,8 +7,8 @@ import picocli.CommandLine;
 import picocli.CommandLine.Help.Ansi;
 
 /**
- * A small backup client that shows how the library is used: lists, backs up, restores and verifies folder trees, and
- * shows what the computer is made of.
+ * A small backup client that shows how the library is used: lists, backs up, restores and verifies folder trees,
+ * shows what the computer is made of, and exchanges short messages between processes.
  *
  * <p>Exit codes: 0 when everything was done, 1 when something was left out or differs, 2 when the command could not
  * be carried out.
@@ -16,7 +16,7 @@ import picocli.CommandLine.Help.Ansi;
 @CommandLine.Command(name = "backup-client", mixinStandardHelpOptions = false,
         description = "Backs up and restores folder trees through WinUtil64.dll.",
         subcommands = {ListCommand.class, BackupCommand.class, RestoreCommand.class, VerifyCommand.class,
-            InventoryCommand.class},
+            InventoryCommand.class, ServeCommand.class, SendCommand.class},
         exitCodeListHeading = "%nExit codes:%n",
         exitCodeList = {
             "0:Everything was done.",
@@ -57,11 +57,15 @@ public final class Main implements Runnable {
         PrintWriter err = Console.writer(System.err, "stderr.encoding");
         int code = EXIT_FAILED;
         try {
-            code = run(new Natives(WindowsNativeFiles::new, WindowsNativeInventory::new), Passwords.ofSystem(), stop, out, err, arguments);
+            code = run(ofSystem(), Passwords.ofSystem(), stop, out, err, arguments);
         } finally {
             stop.finished();
         }
         System.exit(code);
+    }
+
+    private static Natives ofSystem() {
+        return new Natives(WindowsNativeFiles::new, WindowsNativeInventory::new, WindowsNativeMessages::new);
     }
 
     /** Runs one command; the system is only asked for when a command needs it. */
@@ -103,6 +107,10 @@ public final class Main implements Runnable {
 
     NativeInventory inventory() {
         return load(natives.inventory());
+    }
+
+    NativeMessages messages() {
+        return load(natives.messages());
     }
 
     Passwords passwords() {

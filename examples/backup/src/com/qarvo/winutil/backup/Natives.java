@@ -2,6 +2,6 @@ package com.qarvo.winutil.backup;
 
 import java.util.function.Supplier;
 
-/** The native side, each half of which is only there once a command needs it. */
-record Natives(Supplier<NativeFiles> files, Supplier<NativeInventory> inventory) {
+/** The native side, each part of which is only there once a command needs it. */
+record Natives(Supplier<NativeFiles> files, Supplier<NativeInventory> inventory, Supplier<NativeMessages> messages) {
 }

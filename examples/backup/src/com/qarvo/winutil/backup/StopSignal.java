@@ -15,14 +15,17 @@ final class StopSignal {
 
     /** Makes the JVM's shutdown stop the job and wait for it. */
     void listen() {
-        Runtime.getRuntime().addShutdownHook(new Thread(() -> {
-            stop();
-            try {
-                finished.await(SECONDS_TO_CLEAN_UP, TimeUnit.SECONDS);
-            } catch (InterruptedException e) {
-                Thread.currentThread().interrupt();
-            }
-        }, "stop"));
+        Runtime.getRuntime().addShutdownHook(new Thread(this::stopAndWait, "stop"));
+    }
+
+    /** Stops the job, and gives it some time for that. */
+    void stopAndWait() {
+        stop();
+        try {
+            finished.await(SECONDS_TO_CLEAN_UP, TimeUnit.SECONDS);
+        } catch (InterruptedException e) {
+            Thread.currentThread().interrupt();
+        }
     }
 
     void stop() {
