@@ -48,6 +48,7 @@ jobject launchInSession(JNIEnv* env, const Program& program, DWORD session) noex
     OutputPipes pipes;
     if (!allocateCells(tag, failure, cells.process, cells.output, cells.error) ||
         !makeOutputPipes(tag, pipes, failure)) {
+        // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the cells are let go on purpose
         throwIOException(env, failure.text());
         return nullptr;
     }

@@ -86,6 +86,7 @@ jobject launchAsUser(JNIEnv* env, const Program& program, const Account& account
     OutputPipes pipes;
     if (!allocateCells(tag, failure, cells.process, cells.output, cells.error, cells.token, cells.profile) ||
         !makeOutputPipes(tag, pipes, failure)) {
+        // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the cells are let go on purpose
         throwIOException(env, failure.text());
         return nullptr;
     }
