@@ -9,6 +9,9 @@ namespace testbed {
 
 namespace {
 
+// No child stays for ever when its test is ended by force.
+constexpr DWORD longestWait = 90'000;
+
 constexpr wchar_t marker[] = L" as-child ";
 
 void writeAll(HANDLE stream, const std::string& bytes) {
@@ -37,7 +40,7 @@ void flood(std::size_t size) {
 
 void waitForEvent(const wchar_t* name) {
     const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, name);
-    WaitForSingleObject(event, INFINITE);
+    WaitForSingleObject(event, longestWait);
 }
 
 std::string pipeHandles() {
@@ -85,7 +88,7 @@ UINT work(const std::vector<std::wstring>& job) {
         writeAll(output, surroundings());
     } else if (job.at(0) == L"wait") {
         SetEvent(beginningOf(GetCurrentProcessId()));
-        Sleep(INFINITE);
+        Sleep(longestWait);
     }
     return 0;
 }

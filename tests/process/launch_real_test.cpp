@@ -20,6 +20,10 @@ public:
     NamedEvent()
         : name_(L"winutil-child-" + std::to_wstring(GetCurrentProcessId())),
           event_(CreateEventW(nullptr, TRUE, FALSE, name_.c_str())) {}
+    NamedEvent(const NamedEvent&) = delete;
+    NamedEvent& operator=(const NamedEvent&) = delete;
+    // A test that fails leaves no child behind.
+    ~NamedEvent() { set(); }
 
     const std::wstring& name() const { return name_; }
     void set() const { SetEvent(event_.handle); }
