@@ -14,6 +14,7 @@ final class Bed {
     final FakeFiles files = new FakeFiles();
     final FakeInventory inventory = new FakeInventory();
     final FakeMessages messages = new FakeMessages();
+    final FakeProcesses processes = new FakeProcesses();
     final StopSignal stop = new StopSignal();
     final Map<String, String> environment = new HashMap<>();
     /** What someone types where the password is asked for; null when nobody is there. */
@@ -26,7 +27,7 @@ final class Bed {
     Result run(String... arguments) {
         StringWriter out = new StringWriter();
         StringWriter err = new StringWriter();
-        int code = Main.run(new Natives(() -> files, () -> inventory, () -> messages),
+        int code = Main.run(new Natives(() -> files, () -> inventory, () -> messages, () -> processes),
                 new Passwords(environment::get, console), stop, new PrintWriter(out, true),
                 new PrintWriter(err, true), arguments);
         return new Result(code, out.toString(), err.toString().replace(System.lineSeparator(), "\n"));
@@ -35,6 +36,8 @@ final class Bed {
     /** Natives of which every part fails to load. */
     static Natives without(Error failure) {
         return new Natives(() -> {
+            throw failure;
+        }, () -> {
             throw failure;
         }, () -> {
             throw failure;

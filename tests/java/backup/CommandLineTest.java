@@ -23,7 +23,7 @@ class CommandLineTest {
     private final FakeFiles files = bed.files;
 
     @ParameterizedTest
-    @ValueSource(strings = {"list", "backup", "restore", "verify", "inventory", "serve", "send"})
+    @ValueSource(strings = {"list", "backup", "restore", "verify", "inventory", "run", "ps", "serve", "send"})
     void eachCommandHasHelpThatNeedsNoLibrary(String command) {
         StringWriter out = new StringWriter();
 
@@ -59,7 +59,8 @@ class CommandLineTest {
     }
 
     @ParameterizedTest
-    @ValueSource(strings = {"list C:\\src", "inventory", "serve", "send text"})
+    @ValueSource(strings = {"list C:\\src", "inventory", "run --as-session 1 a.exe", "ps",
+        "serve", "send text"})
     void aLibraryThatCannotBeLoadedIsOneSentence(String arguments) {
         StringWriter err = new StringWriter();
 

@@ -8,7 +8,8 @@ import picocli.CommandLine.Help.Ansi;
 
 /**
  * A small backup client that shows how the library is used: lists, backs up, restores and verifies folder trees,
- * shows what the computer is made of, and exchanges short messages between processes.
+ * shows what the computer is made of and what runs on it, starts programs, and exchanges short messages between
+ * processes.
  *
  * <p>Exit codes: 0 when everything was done, 1 when something was left out or differs, 2 when the command could not
  * be carried out.
@@ -16,7 +17,7 @@ import picocli.CommandLine.Help.Ansi;
 @CommandLine.Command(name = "backup-client", mixinStandardHelpOptions = false,
         description = "Backs up and restores folder trees through WinUtil64.dll.",
         subcommands = {ListCommand.class, BackupCommand.class, RestoreCommand.class, VerifyCommand.class,
-            InventoryCommand.class, ServeCommand.class, SendCommand.class},
+            InventoryCommand.class, RunCommand.class, PsCommand.class, ServeCommand.class, SendCommand.class},
         exitCodeListHeading = "%nExit codes:%n",
         exitCodeList = {
             "0:Everything was done.",
@@ -65,7 +66,8 @@ public final class Main implements Runnable {
     }
 
     private static Natives ofSystem() {
-        return new Natives(WindowsNativeFiles::new, WindowsNativeInventory::new, WindowsNativeMessages::new);
+        return new Natives(WindowsNativeFiles::new, WindowsNativeInventory::new, WindowsNativeMessages::new,
+                WindowsNativeProcesses::new);
     }
 
     /** Runs one command; the system is only asked for when a command needs it. */
@@ -107,6 +109,10 @@ public final class Main implements Runnable {
 
     NativeInventory inventory() {
         return load(natives.inventory());
+    }
+
+    NativeProcesses processes() {
+        return load(natives.processes());
     }
 
     NativeMessages messages() {
