@@ -1052,7 +1052,8 @@ public class WindowsUtil {
 
     /**
      * Adds all volumes of the machine to a collection, as strings: each with its drive letter ({@code C:\}) or, when it
-     * has none, its volume name (<code>\\?\Volume{...}\</code>). Trouble is printed to the standard output.
+     * has none, its volume name (<code>\\?\Volume{...}\</code>). One that is mounted in a folder as well may come with
+     * that folder's path. Trouble is printed to the standard output and ends the list.
      *
      * @param collector takes the volumes through {@code boolean add(Object)}
      */
@@ -1262,7 +1263,8 @@ public class WindowsUtil {
     /**
      * Gives those of some directory groups that the current user is <b>not</b> known to be a member of, directly or by
      * way of other groups: the groups that he is not in, and those where the directory failed. A group that the
-     * directory does not know is left out. Blocks on the network.
+     * directory does not know is left out. Blocks on the network. Unlike the queries of WMI it starts no COM: without
+     * {@link #CoInitializeEx} on the calling thread before it, the directory fails for every group.
      *
      * @param groups a list of group names, with the methods {@code boolean add(Object)}, {@code Object get(int)} and
      *        {@code int size()}, and a public constructor without arguments
@@ -1301,7 +1303,8 @@ public class WindowsUtil {
      *
      * <p>Scope, type and display type are words such as {@code connected}, {@code disk} and {@code share}, or
      * {@code unknown} and a number; usage is made of {@code " connectable"} and {@code " container"}, each with its
-     * leading blank; what is missing is empty. The call goes on for as long as the system's enumeration fails.
+     * leading blank; what is missing is empty, and names end after 1024 characters. The call goes on for as long as
+     * the system's enumeration fails.
      *
      * @param collector takes the connections
      * @return true when the connections could be listed
@@ -1338,7 +1341,7 @@ public class WindowsUtil {
      * Gives manufacturer and model of the machine. Like the other queries of WMI it starts COM on the thread for the
      * call and may take seconds.
      *
-     * @return both, separated by a blank; empty when WMI knows neither
+     * @return both, separated by a blank, at most 1023 characters; empty when WMI knows neither
      * @throws IOException when WMI fails
      */
     public native String getSystemModel() throws IOException;
@@ -1403,12 +1406,14 @@ public class WindowsUtil {
 
     /**
      * Serves one client of a named pipe: blocks until a client connects, answers each of its messages with "OK", and
-     * returns when it has closed its end. Clients that come between two calls find no pipe.
+     * returns when it has closed its end. A message of no bytes or of more than 8192 ends the call unanswered.
+     * Clients that come between two calls find no pipe.
      *
      * @param name the pipe, such as {@link #getMessagePipeSlotPath}
      * @return the last message, taken as bytes up to the first zero. <b>What {@link #sendPipe} sends is UTF-16, so of
      *         an English text only the first character comes out.</b> A message shorter than the one before it keeps
-     *         that one's end behind it. Empty when the pipe could not be made or nothing came
+     *         that one's end behind it. Empty when the pipe could not be made, nothing came, or the client was there
+     *         before the call waited for it
      */
     public native String connectPipe(String name);
 
