@@ -85,6 +85,8 @@ TEST_F(DiskSerials, AreAllOfOtherDisksWhenTheSystemDiskIsNotKnown) {
     numberError = ERROR_INVALID_FUNCTION;
     expectNone();
     numberError = 0;
+    numberMissing = true;
+    expectNone();
     windowsFolder = "\\\\server\\share";
     opened.clear();
     expectNone();

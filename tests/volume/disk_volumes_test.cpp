@@ -115,6 +115,14 @@ TEST_F(DiskVolumes, ThatDoNotOpenOrSayWhereTheyAreArePassedOver) {
     EXPECT_THAT(printed, IsEmpty());
 }
 
+// What the answer of the volume before left on the stack is no answer of this one.
+TEST_F(DiskVolumes, ThatAnswerWithoutSayingWhereTheyAreArePassedOver) {
+    FakeMachine machine(system(), {volumeOn(0, 0, 1), volumeOn(0, 0, 2)});
+    machine.volumes[1].tongueTied = true;
+    machine.partitions = {mbrPartition(0, 0x07)};
+    EXPECT_EQ(list(L"\\\\.\\PhysicalDrive0"), Texts{volumeName(1)});
+}
+
 TEST_F(DiskVolumes, MayHaveNamesWithoutABackslash) {
     FakeMachine machine(system(), {volumeOn(3, 1, 1)});
     const std::wstring name = machine.volumes[0].name;

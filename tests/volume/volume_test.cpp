@@ -137,6 +137,10 @@ BOOL FakeMachine::answerDevice(HANDLE device, DWORD code, void* out, DWORD outSi
     if (volume->deviceError != 0) {
         return fail(volume->deviceError);
     }
+    if (volume->tongueTied) {
+        *returned = 0;
+        return TRUE;
+    }
     *static_cast<STORAGE_DEVICE_NUMBER*>(out) = {FILE_DEVICE_DISK, volume->disk, volume->partition};
     *returned = sizeof(STORAGE_DEVICE_NUMBER);
     return TRUE;

@@ -22,6 +22,7 @@ struct FakeVolume {
     DWORD partition = 0;
     DWORD openError = 0;
     DWORD deviceError = 0;
+    bool tongueTied = false;  // its device answers, and does not say what it was asked
 };
 
 // \\?\Volume{00000000-0000-0000-0000-000000000012}\ and the like.
