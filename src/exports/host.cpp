@@ -1,4 +1,7 @@
 // The host: named pipes, the event log, the environment and facts about the system.
+// windows.h comes first: the others build on it.
+#include <windows.h>
+
 #include <combaseapi.h>
 #include <conio.h>
 #include <shlobj.h>

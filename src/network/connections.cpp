@@ -1,6 +1,5 @@
 #include "network/connections.h"
 
-// windows.h comes first: the others build on it.
 #include <wininet.h>
 #include <winnetwk.h>
 
