@@ -49,7 +49,8 @@ protected:
         });
     const Replacement reportEvent =
         REPLACE(ReportEventW, [this](auto... arguments) { return report(arguments...); });
-    const Replacement print = REPLACE(fputs, [this](const char* text, std::FILE*) {
+    const Replacement print = REPLACE(fputs, [this](const char* text, std::FILE* stream) {
+        EXPECT_EQ(_fileno(stream), 1);
         printed += text;
         return 0;
     });

@@ -27,7 +27,7 @@ protected:
         replacements.push_back(
             REPLACE(WNetUseConnectionW,
                     [this, code](HWND window, LPNETRESOURCEW resource, LPCWSTR password, LPCWSTR user,
-                                 DWORD flags, LPWSTR access, LPDWORD size, LPDWORD) {
+                                 DWORD flags, LPWSTR access, LPDWORD size, LPDWORD result) {
                         order.push_back(L"connect " + std::wstring(resource->lpRemoteName));
                         EXPECT_EQ(window, nullptr);
                         EXPECT_EQ(resource->dwType, DWORD{RESOURCETYPE_DISK});
@@ -35,6 +35,7 @@ protected:
                         EXPECT_EQ(resource->lpProvider, nullptr);
                         EXPECT_EQ(*size, 1024u);
                         std::fill_n(access, *size, L'x');
+                        *result = CONNECT_LOCALDRIVE;
                         credentials = {user, password};
                         connectFlags = flags;
                         return code;
