@@ -251,6 +251,8 @@ void reportValues(const Level& level, DWORD count) noexcept {
         DWORD type = REG_NONE;
         DWORD size = 0;
         RegEnumValueA(level.key, index, texts.narrowValueName, &nameSize, nullptr, &type, nullptr, &size);
+        // Behind a failure that gave a type nevertheless, the name need not have an end.
+        *std::rbegin(texts.narrowValueName) = '\0';
         if (!reportValue(level, type, size)) {
             return;
         }

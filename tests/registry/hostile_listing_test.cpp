@@ -101,6 +101,36 @@ TEST_F(HostileListing, PassesOverAValueThatIsLargerThanAJavaArray) {
     EXPECT_EQ(reading.count(), 0U);
 }
 
+// The name of a value that could not be enumerated may come without an end, and the class behind it, too.
+TEST_F(HostileListing, KeepsANameWithoutAZeroInItsBuffer) {
+    put(L"value", REG_BINARY, "x");
+    const Replacement counts =
+        REPLACE(RegQueryInfoKeyA, [&](HKEY key, LPSTR text, LPDWORD length, auto... rest) {
+            const DWORD room = *length;
+            const LSTATUS status = REAL(RegQueryInfoKeyA)(key, text, length, rest...);
+            std::memset(text, 'c', room);
+            return status;
+        });
+    const Replacement enumeration = REPLACE(RegEnumValueA, [](HKEY, DWORD, LPSTR name, LPDWORD length,
+                                                              LPDWORD, LPDWORD type, LPBYTE, LPDWORD size) {
+        std::memset(name, 'n', *length);
+        *type = REG_BINARY;
+        *size = 1;
+        return LSTATUS{ERROR_MORE_DATA};
+    });
+    std::size_t nameLength = 0;
+    const Replacement reading =
+        REPLACE(RegQueryValueExA, [&](HKEY, LPCSTR name, LPDWORD, LPDWORD, LPBYTE, LPDWORD) {
+            nameLength = std::strlen(name);
+            return LSTATUS{ERROR_FILE_NOT_FOUND};
+        });
+    const GuardedHeap heap(system());
+    Collector collector(java);
+    NATIVE(listRegistry)(collector.object(), L"HKEY_CURRENT_USER", keyPath());
+    EXPECT_EQ(nameLength, 16382U);
+    EXPECT_TRUE(collector.items().empty());
+}
+
 // The real thing, once with every type that has a call, and data that ends too early.
 TEST_F(HostileListing, ReadsTheRegistryItselfWithinItsBlocks) {
     put(L"number", REG_DWORD, "\x05");
