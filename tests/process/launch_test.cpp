@@ -36,6 +36,20 @@ TEST_F(UserLaunch, LogsTheAccountOnAndLoadsItsProfile) {
     EXPECT_THAT(profileArguments, ElementsAre(L"user", L"C:\\users\\user"));
 }
 
+TEST_F(UserLaunch, SwitchesBothPrivilegesOnAndLeavesThemOn) {
+    std::vector<DWORD> attributes;
+    const auto adjusting = REPLACE(
+        AdjustTokenPrivileges, [&](HANDLE token, BOOL disableAll, PTOKEN_PRIVILEGES request, auto... rest) {
+            EXPECT_FALSE(disableAll);
+            attributes.push_back(request->Privileges[0].Attributes);
+            return REAL(AdjustTokenPrivileges)(token, disableAll, request, rest...);
+        });
+
+    release(launchUser());
+
+    EXPECT_THAT(attributes, ElementsAre(DWORD{SE_PRIVILEGE_ENABLED}, DWORD{SE_PRIVILEGE_ENABLED}));
+}
+
 TEST_F(UserLaunch, StartsTheChildWithTheElevatedTokenAndTheWriteEnds) {
     release(launchUser());
 

@@ -2,16 +2,12 @@
 
 #include <winternl.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <ostream>
 #include <stdexcept>
 
 namespace testbed {
 
 namespace {
-
-constexpr std::byte garbage{0xCD};
 
 void check(LSTATUS status, const char* what) {
     if (status != ERROR_SUCCESS) {
@@ -232,21 +228,6 @@ void Collector::removeMethod(const std::string& name) {
                                                      {"addMultiStringNode", "[Ljava/lang/String;"}};
     const std::string text = "Ljava/lang/String;";
     java_.removeMethod(className_, name, "(" + text + text + text + last.at(name) + ")V");
-}
-
-GuardedHeap::GuardedHeap(SystemCalls& system)
-    : allocate_(system.replace<decltype(::malloc)>("malloc",
-                                                   [this](std::size_t size) { return add(size, garbage); })),
-      allocateZeroed_(system.replace<decltype(::calloc)>(
-          "calloc", [this](std::size_t count, std::size_t size) { return add(count * size, std::byte{0}); })),
-      free_(system.replace<decltype(::free)>("free", [this](void* block) { blocks_.erase(block); })) {}
-
-void* GuardedHeap::add(std::size_t size, std::byte content) {
-    GuardedBuffer block(size, "block of the library");
-    std::memset(block.data(), std::to_integer<int>(content), size);
-    void* address = block.data();
-    blocks_[address] = std::move(block);
-    return address;
 }
 
 }  // namespace testbed

@@ -1,5 +1,4 @@
-// What the tests of the registry share: a key of their own below HKEY_CURRENT_USER, a collector, and a heap
-// whose blocks end at a page that nobody may touch.
+// What the tests of the registry share: a key of their own below HKEY_CURRENT_USER, and a collector.
 #pragma once
 
 #include <map>
@@ -8,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "guarded_heap.h"
 #include "winutil_test.h"
 
 namespace testbed {
@@ -90,21 +90,6 @@ private:
     std::map<std::pair<std::wstring, std::wstring>, int> places_;
     std::size_t throwAt_ = 0;
     Exception exception_;
-};
-
-// Gives the DLL memory that ends at a guard page and, unless zeros are asked for, is full of anything but
-// zeros.
-class GuardedHeap {
-public:
-    explicit GuardedHeap(SystemCalls& system);
-
-private:
-    void* add(std::size_t size, std::byte content);
-
-    std::map<void*, GuardedBuffer> blocks_;
-    Replacement allocate_;
-    Replacement allocateZeroed_;
-    Replacement free_;
 };
 
 }  // namespace testbed

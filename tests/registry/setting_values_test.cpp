@@ -182,6 +182,22 @@ TEST_F(SettingRegistryValues, MakesTheKeyThenOpensItForWriting) {
     EXPECT_EQ(opening.calls()[0].argument<std::uint32_t>(3), 0x20006U);
 }
 
+TEST_F(SettingRegistryValues, ClosesTheKeyBeforeItOpensItAgain) {
+    const Replacement closing = system().watch("RegCloseKey");
+    const Replacement narrowOpening = REPLACE(RegOpenKeyExA, [&](auto... arguments) -> LSTATUS {
+        EXPECT_EQ(closing.count(), 1U);
+        return REAL(RegOpenKeyExA)(arguments...);
+    });
+    EXPECT_TRUE(setDword(pathOf(L"narrow")));
+    EXPECT_EQ(closing.count(), 2U);
+    const Replacement wideOpening = REPLACE(RegOpenKeyExW, [&](auto... arguments) -> LSTATUS {
+        EXPECT_EQ(closing.count(), 3U);
+        return REAL(RegOpenKeyExW)(arguments...);
+    });
+    EXPECT_TRUE(setDwordW(pathOf(L"wide")));
+    EXPECT_EQ(closing.count(), 4U);
+}
+
 TEST_F(SettingRegistryValues, MakesAndOpensWideKeysAlike) {
     const Replacement making = system().watch("RegCreateKeyExW");
     const Replacement opening = system().watch("RegOpenKeyExW");
