@@ -26,7 +26,7 @@ WideString readText(const char* path) noexcept;
 // The same for a key, ROOT\key path, and the name of a value in it.
 WideString readText(const char* key, const char* valueName) noexcept;
 
-// Returns the data of a value as text, whatever its size, or none. The value must have the expected type;
+// Returns the data of a value as text, of up to 4 MiB, or none. The value must have the expected type;
 // REG_SZ stands for REG_EXPAND_SZ, too. `extraAccess` is joined to the access for reading.
 WideString readText(const wchar_t* path, REGSAM extraAccess, DWORD expectedType) noexcept;
 

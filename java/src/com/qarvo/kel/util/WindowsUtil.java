@@ -756,8 +756,9 @@ public class WindowsUtil {
      * void addMultiStringNode(String root, String key, String name, String[] value)  // REG_MULTI_SZ
      * </pre>
      *
-     * <p>Text with variables in it comes unexpanded. A list of strings ends at its first empty one. Values of other
-     * types, 64-bit numbers among them, are left out. A key that cannot be opened gives nothing.
+     * <p>Text with variables in it comes unexpanded. A list of strings ends at its first empty one. Texts, and strings
+     * in lists, are cut at 16383 characters, names of REG_SZ values at 255. Values of other types, 64-bit numbers among
+     * them, are left out, and so is a subkey whose name has 255 characters. A key that cannot be opened gives nothing.
      *
      * @param collector takes the items
      * @param rootName {@code HKEY_LOCAL_MACHINE}, {@code HKEY_USERS}, {@code HKEY_CURRENT_USER},
@@ -864,14 +865,15 @@ public class WindowsUtil {
     public native String getRegistryValueString(String key, String valueName);
 
     /**
-     * Reads a registry value as text, however long it is, in a chosen view of the registry.
+     * Reads a registry value of up to 4 MiB as text, in a chosen view of the registry.
      *
      * @param path the full value path in any characters, its root in any case; see {@link #setRegistryDWORD}. An
      *        unknown root stands for {@code HKEY_LOCAL_MACHINE}
      * @param extraAccess {@link Win32#KEY_WOW64_64KEY}, {@link Win32#KEY_WOW64_32KEY}, or 0
      * @param expectedType the type that the value must have; {@link Win32#REG_SZ} stands for
      *        {@link Win32#REG_EXPAND_SZ} as well
-     * @return its data as text, with variables in it unexpanded; empty when it cannot be read or is of another type
+     * @return its data as text up to the first zero, with variables in it unexpanded; empty when it cannot be read, is
+     *         of another type, or is larger
      */
     public native String getRegistryValue(String path, int extraAccess, int expectedType);
 
