@@ -180,6 +180,7 @@ class ProcessesTest extends EndToEnd {
                 .orElseThrow();
         assertEquals(name, own.getExecutableName());
         assertEquals(session.getValue(), own.getSessionId());
+        assertEquals(session.getValue(), util.getSessionId());
         assertEquals(Advapi32Util.getUserName(), own.getAccountName());
         assertEquals(Kernel32Util.getComputerName(), own.getDomainName());
     }
@@ -193,17 +194,27 @@ class ProcessesTest extends EndToEnd {
         assertTrue(processes("no-such-program.exe").isEmpty());
     }
 
+    /** Until it has begun a process is not yet all that it will be. */
+    private static String commandLine(long id) throws IOException, InterruptedException {
+        for (int i = 0; i < 100; i++) {
+            try {
+                String found = util.getProcessCommandLineArguments(id, false);
+                if (!found.isEmpty()) {
+                    return found;
+                }
+            } catch (IOException tooEarly) {
+                assertFalse(tooEarly.getMessage().contains("open process"), tooEarly.getMessage());
+            }
+            Thread.sleep(20);
+        }
+        return util.getProcessCommandLineArguments(id, true);
+    }
+
     @Test
     void theCommandLineIsThatOfTheProgramAsItWasStarted() throws Exception {
         Process started = startWaiting();
         try {
-            String found = "";
-            // Until it has begun a process is not yet all that it will be.
-            for (int i = 0; i < 50 && found.isEmpty(); i++) {
-                found = util.getProcessCommandLineArguments(started.pid(), false);
-                Thread.sleep(20);
-            }
-            assertEquals("cmd.exe /c \"set /p line= & rem \u00E4 two  blanks\"", found);
+            assertEquals("cmd.exe /c \"set /p line= & rem \u00E4 two  blanks\"", commandLine(started.pid()));
         } finally {
             started.destroyForcibly().waitFor();
         }
@@ -219,6 +230,7 @@ class ProcessesTest extends EndToEnd {
     void aProcessIsEndedByItsId() throws Exception {
         Process started = startWaiting();
 
+        assertTrue(started.isAlive());
         util.terminateProcessByProcessID(started.pid(), true);
 
         assertTrue(started.waitFor(20, TimeUnit.SECONDS));
