@@ -5,7 +5,7 @@
 # Usage: scripts/demo.sh [FOLDER...]   (default: the two trees of the cross compiler)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-scripts/build.sh
+scripts/build.sh WinUtil64 backup_jar
 
 sources=("$@")
 [ ${#sources[@]} -gt 0 ] || sources=(/usr/lib/gcc/x86_64-w64-mingw32 /usr/x86_64-w64-mingw32)
