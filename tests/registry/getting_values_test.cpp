@@ -45,6 +45,9 @@ TEST_F(GettingRegistryValues, GivesMinus1ForWhatIsNoNumber) {
 TEST_F(GettingRegistryValues, ReadsANumberThatIsTooShortAsFarAsItGoes) {
     put(L"one byte", REG_DWORD, "\x81");
     put(L"no byte", REG_DWORD, "");
+    // What an earlier call leaves behind on the stack is no part of it.
+    put(L"all bits", REG_DWORD, "\xff\xff\xff\xff");
+    EXPECT_EQ(dword(pathOf(L"all bits")), 4294967295);
     EXPECT_EQ(dword(pathOf(L"one byte")), 129);
     EXPECT_EQ(dword(pathOf(L"no byte")), 0);
 }
@@ -120,6 +123,7 @@ TEST_F(GettingRegistryValues, SplitsAKeyNameAtItsFirstBackslashOnly) {
 TEST_F(GettingRegistryValues, TakesValueNamesOfAnyLength) {
     const std::wstring name(5000, L'n');
     put(name, REG_SZ, bytesOf(L"found\0"s));
+    const GuardedHeap heap(system());
     EXPECT_EQ(textOf(keyName(), name), L"found");
     EXPECT_EQ(textOf(keyName(), std::wstring(20000, L'n')), L"");
 }

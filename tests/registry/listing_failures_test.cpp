@@ -148,6 +148,14 @@ TEST_F(RegistryListingFailures, AValueThatCannotBeEnumeratedIsPassedOver) {
     EXPECT_THAT(collector.items(), ElementsAre(everything[0], everything[1], everything[3], everything[4]));
 }
 
+TEST_F(RegistryListingFailures, AValueThatCannotBeEnumeratedIsNotTakenForTheDefaultValue) {
+    put(L"", REG_SZ, bytesOf(L"default\0"s));
+    const Replacement failing = system().failCall("RegEnumValueA", 2, 0, ERROR_ACCESS_DENIED);
+    list();
+    EXPECT_THAT(collector.items(), ElementsAre(everything[0], textItem(L"", L"default"), everything[2],
+                                               everything[3], everything[4]));
+}
+
 TEST_F(RegistryListingFailures, ValuesAreEnumeratedWithoutTheirData) {
     const Replacement values =
         REPLACE(RegEnumValueA, [&](HKEY key, DWORD index, LPSTR name, LPDWORD length, LPDWORD reserved,

@@ -123,7 +123,13 @@ TEST_F(RegistryListing, HasNoCallForOtherTypes) {
           DWORD{REG_RESOURCE_REQUIREMENTS_LIST}, DWORD{REG_QWORD}, DWORD{12}, DWORD{77}, DWORD{0xFFFFFFFF}}) {
         put(L"type " + std::to_wstring(type), type, "12345678");
     }
-    const Replacement reading = system().watch("RegQueryValueExA");
+    const Replacement reading = REPLACE(RegQueryValueExA, [](HKEY opened, LPCSTR name, LPDWORD reserved,
+                                                             LPDWORD type, LPBYTE data, LPDWORD size) {
+        EXPECT_EQ(*size, 8U);
+        const LSTATUS status = REAL(RegQueryValueExA)(opened, name, reserved, type, data, size);
+        EXPECT_EQ(status, ERROR_SUCCESS);
+        return status;
+    });
     list();
     EXPECT_THAT(collector.items(), IsEmpty());
     // Only the 64-bit number is read, into eight bytes, and dropped.

@@ -134,6 +134,7 @@ TEST_F(SettingRegistryValues, ReleasesAByteArrayWithMode0) {
 
 TEST_F(SettingRegistryValues, FailsForANegativeLength) {
     EXPECT_FALSE(NATIVE(setRegistryBinary)(pathOf(L"value"), java.byteArray({1}), 0, -1));
+    EXPECT_EQ(system().count("RegSetValueExA"), 0U);
     EXPECT_EQ(stored(L"value"), std::nullopt);
 }
 
