@@ -37,6 +37,14 @@ constexpr std::uintptr_t parametersAddress = 0x20000;
 constexpr std::uintptr_t imageAddress = 0x30000;
 constexpr std::uintptr_t commandAddress = 0x40000;
 
+// Leaves letters where the stack of the next call will be: nothing on it is zero by chance.
+void fillStack() {
+    volatile char area[0x10000];
+    for (volatile char& byte : area) {
+        byte = 'Z';
+    }
+}
+
 class CommandLineTest : public ProcessTest {
 protected:
     // Has every process be one with these texts; their lengths are in bytes, and what lies behind the texts
@@ -67,7 +75,11 @@ protected:
         return found;
     }
 
-    JavaObject ask(bool verbose = false) { return NATIVE(getProcessCommandLineArguments)(1234, verbose); }
+    JavaObject ask(bool verbose = false) {
+        void (*const volatile fill)() = fillStack;
+        fill();
+        return NATIVE(getProcessCommandLineArguments)(1234, verbose);
+    }
 
     std::vector<Read> reads;
 
