@@ -8,6 +8,9 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 import java.io.ByteArrayInputStream;
 import java.io.IOException;
 import java.io.InputStream;
+import java.io.PrintWriter;
+import java.io.SequenceInputStream;
+import java.io.StringWriter;
 import java.nio.charset.StandardCharsets;
 import java.util.Arrays;
 import java.util.List;
@@ -93,14 +96,15 @@ class RunTest {
     @Test
     void outputIsShownWhileTheProgramRuns() throws Exception {
         CountDownLatch shown = new CountDownLatch(1);
-        java.io.StringWriter out = new java.io.StringWriter() {
+        StringWriter out = new StringWriter() {
             @Override
-            public void write(char[] block, int offset, int length) {
-                super.write(block, offset, length);
-                shown.countDown();
+            public void flush() {
+                if (!toString().isEmpty()) {
+                    shown.countDown();
+                }
             }
         };
-        processes.output = new java.io.SequenceInputStream(text("ready"), new InputStream() {
+        processes.output = new SequenceInputStream(text("ready"), new InputStream() {
             @Override
             public int read() throws IOException {
                 try {
@@ -111,8 +115,8 @@ class RunTest {
             }
         });
 
-        Main.run(new Natives(null, null, null, () -> processes), null, bed.stop, new java.io.PrintWriter(out, true),
-                new java.io.PrintWriter(new java.io.StringWriter()), "run", "--as-session", "1", "a.exe");
+        Main.run(new Natives(null, null, null, () -> processes), null, bed.stop, new PrintWriter(out, true),
+                new PrintWriter(new StringWriter()), "run", "--as-session", "1", "a.exe");
 
         assertEquals("ready", out.toString());
     }
@@ -184,5 +188,6 @@ class RunTest {
         assertEquals("a b\\c /d", ProgramWords.join(List.of("a", "b\\c", "/d")));
         assertEquals("\"C:\\a b\\c.exe\" \"\" \"x\ty\"", ProgramWords.join(List.of("C:\\a b\\c.exe", "", "x\ty")));
         assertEquals("\"a\\\"b\" \"a b\\\\\" \"\\\\\\\"\"", ProgramWords.join(List.of("a\"b", "a b\\", "\\\"")));
+        assertEquals("\"a b\\\\\\\\\\\"\" \"a\\\\b c\"", ProgramWords.join(List.of("a b\\\\\"", "a\\\\b c")));
     }
 }
