@@ -2,6 +2,8 @@
 
 #include <cwchar>
 
+#include "bridge/java_classes.h"
+
 namespace winutil {
 
 static_assert(sizeof(wchar_t) == sizeof(jchar));
@@ -23,6 +25,10 @@ jstring newJavaString(JNIEnv* env, const wchar_t* text) noexcept {
 
 jstring newJavaString(JNIEnv* env, std::wstring_view text) noexcept {
     return env->NewString(reinterpret_cast<const jchar*>(text.data()), static_cast<jsize>(text.size()));
+}
+
+jstring emptyUnlessPending(JNIEnv* env) noexcept {
+    return exceptionPending(env) ? nullptr : newJavaString(env, L"");
 }
 
 void ansiToWide(wchar_t* destination, const char* source, int capacity) noexcept {

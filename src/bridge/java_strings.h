@@ -18,6 +18,10 @@ WideString toWideString(JNIEnv* env, jstring text) noexcept;
 jstring newJavaString(JNIEnv* env, const wchar_t* text) noexcept;
 jstring newJavaString(JNIEnv* env, std::wstring_view text) noexcept;
 
+// Returns what a method answers whose arguments found no memory: the empty string, as for any other failure,
+// unless the JVM has said so already.
+jstring emptyUnlessPending(JNIEnv* env) noexcept;
+
 // Converts `source` from the active ANSI code page; does nothing when either pointer is null.
 // `capacity` counts wide characters of `destination`, the terminator included.
 void ansiToWide(wchar_t* destination, const char* source, int capacity) noexcept;

@@ -87,6 +87,15 @@ bool readAttributeDataWithRetry(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& 
     return readAttributeData(path, &data) || readAttributeData(toLongPath(path).get(), &data);
 }
 
+const wchar_t* readablePath(const wchar_t* path, WideString& longForm) noexcept {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (readAttributeData(path, &data)) {
+        return path;
+    }
+    longForm = toLongPath(path);
+    return longForm.get();
+}
+
 bool makeDirectory(const wchar_t* path) noexcept {
     return CreateDirectoryW(path, nullptr) || CreateDirectoryW(toLongPath(path).get(), nullptr);
 }

@@ -30,6 +30,10 @@ FILETIME fromJavaTime(std::int64_t milliseconds) noexcept;
 bool readAttributeData(const wchar_t* path, void* data) noexcept;
 bool readAttributeDataWithRetry(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) noexcept;
 
+// Returns a path whose attributes can be read as it is, and any other in its long form, which `longForm` then
+// owns; null when memory is exhausted.
+const wchar_t* readablePath(const wchar_t* path, WideString& longForm) noexcept;
+
 // Makes the last directory of a path.
 bool makeDirectory(const wchar_t* path) noexcept;
 

@@ -32,7 +32,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_connectPipe(JNIEnv
                                                                           jstring name) {
     const WideString wideName = toWideString(env, name);
     if (!wideName) {
-        return exceptionPending(env) ? nullptr : newJavaString(env, L"");
+        return emptyUnlessPending(env);
     }
     host::MessageBytes message;
     host::serveClient(wideName.get(), message);

@@ -54,7 +54,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getWinSecurityDesc
     const WideString widePath = toWideString(env, path);
     if (!widePath) {
         // Without a path there is no file to report.
-        return exceptionPending(env) ? nullptr : newJavaString(env, L"");
+        return emptyUnlessPending(env);
     }
     OSVERSIONINFOA version;
     WideString text;

@@ -1,6 +1,5 @@
 // Shortcuts, libraries and the system's own paths.
 #include "bridge/java_arrays.h"
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
 #include "exports/entry.h"
 #include "filesystem/libraries.h"
@@ -8,15 +7,6 @@
 #include "filesystem/system_paths.h"
 
 using namespace winutil;
-
-namespace {
-
-// The answer where memory ran out: that of any other failure, unless the JVM has said so already.
-jstring emptyText(JNIEnv* env) noexcept {
-    return exceptionPending(env) ? nullptr : newJavaString(env, L"");
-}
-
-}  // namespace
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isShortcut(JNIEnv* env, jobject,
                                                                           jstring path) {
@@ -28,7 +18,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getShortcutTarget(
                                                                                 jstring path) {
     const WideString widePath = toWideString(env, path);
     if (!widePath) {
-        return emptyText(env);
+        return emptyUnlessPending(env);
     }
     filesystem::ShortcutTarget target;
     filesystem::readShortcutTarget(widePath.get(), target);
@@ -63,7 +53,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_searchPathFromLibr
                                                                                     jstring name) {
     const WideString wideName = toWideString(env, name);
     if (!wideName) {
-        return emptyText(env);
+        return emptyUnlessPending(env);
     }
     filesystem::FoundPath path;
     filesystem::searchSystemPath(wideName.get(), path);

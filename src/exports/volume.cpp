@@ -1,6 +1,5 @@
 // Volumes, partitions and drives, and the serial numbers of disks.
 #include "bridge/errors.h"
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
 #include "bridge/optional_functions.h"
 #include "exports/entry.h"
@@ -10,15 +9,6 @@
 #include "volume/volumes.h"
 
 using namespace winutil;
-
-namespace {
-
-// What a method answers that could not take its argument; null behind a failure of the JVM's own.
-jstring emptyAnswer(JNIEnv* env) noexcept {
-    return exceptionPending(env) ? nullptr : newJavaString(env, L"");
-}
-
-}  // namespace
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_listPartitions(JNIEnv* env, jobject,
                                                                           jobject collector) {
@@ -38,7 +28,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getVolumeName(JNIE
                                                                             jstring path) {
     const WideString widePath = toWideString(env, path);
     if (!widePath) {
-        return emptyAnswer(env);
+        return emptyUnlessPending(env);
     }
     VolumePath volume;
     findVolumePath(widePath.get(), volume);
@@ -66,7 +56,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getVolumeLabel(JNI
                                                                              jstring root) {
     const WideString wideRoot = toWideString(env, root);
     if (!wideRoot) {
-        return emptyAnswer(env);
+        return emptyUnlessPending(env);
     }
     volume::VolumeLabel label;
     volume::readVolumeLabel(wideRoot.get(), label);

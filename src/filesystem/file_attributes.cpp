@@ -31,12 +31,7 @@ bool compressFile(const wchar_t* path) noexcept {
 
 bool setFileAttr(JNIEnv* env, const wchar_t* path, DWORD attributes) noexcept {
     WideString longForm;
-    const wchar_t* target = path;
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!readAttributeData(path, &data)) {
-        longForm = toLongPath(path);
-        target = longForm.get();
-    }
+    const wchar_t* target = readablePath(path, longForm);
     if (attributes == INVALID_FILE_ATTRIBUTES || target == nullptr) {
         return false;
     }

@@ -70,12 +70,7 @@ void throwSettingFailed(JNIEnv* env, const wchar_t* path, DWORD code, bool attri
 DWORD setSecurityDescriptor(const wchar_t* path, SECURITY_INFORMATION securityInformation,
                             const wchar_t* text) noexcept {
     WideString longForm;
-    const wchar_t* target = path;
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!readAttributeData(path, &data)) {
-        longForm = toLongPath(path);
-        target = longForm.get();
-    }
+    const wchar_t* target = readablePath(path, longForm);
     if (target == nullptr) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }

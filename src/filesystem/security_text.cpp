@@ -80,12 +80,7 @@ WideString getSecurityDescriptorText(const wchar_t* path, SECURITY_INFORMATION s
         return copyOrSayWhy(L"", 0);
     }
     WideString longForm;
-    const wchar_t* target = path;
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (tryLongForm && !readAttributeData(path, &data)) {
-        longForm = toLongPath(path);
-        target = longForm.get();
-    }
+    const wchar_t* target = tryLongForm ? readablePath(path, longForm) : path;
     const HeapMemory<std::byte> descriptor = readDescriptor(target, securityInformation, firstDescriptorSize);
     if (!descriptor) {
         return failWithoutDescriptor(target, securityInformation);
