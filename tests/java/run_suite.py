@@ -18,23 +18,19 @@ LIMIT_SECONDS = 360
 
 
 class Case:
-    """One result that does not come from JUnit: passed unless it has a failure text, or a reason to be skipped."""
+    """One result that does not come from JUnit: passed unless it has a failure text."""
 
-    def __init__(self, name, failure=None, skipped=None):
+    def __init__(self, name, failure=None):
         self.name = name
         self.failure = failure
-        self.skipped = skipped
 
 
 def write_cases(path, suite, cases):
     """Writes results of our own in the form of JUnit's."""
     failed = sum(case.failure is not None for case in cases)
-    root = ElementTree.Element('testsuite', name=suite, tests=str(len(cases)), failures=str(failed), errors='0',
-                               skipped=str(sum(case.skipped is not None for case in cases)))
+    root = ElementTree.Element('testsuite', name=suite, tests=str(len(cases)), failures=str(failed), errors='0', skipped='0')
     for case in cases:
         element = ElementTree.SubElement(root, 'testcase', classname=suite, name=case.name)
-        if case.skipped is not None:
-            ElementTree.SubElement(element, 'skipped', message=case.skipped)
         if case.failure is not None:
             text = ''.join(c if c in '\n\t' or ' ' <= c < '\ud800' else '?' for c in case.failure)
             ElementTree.SubElement(element, 'failure', message=text.splitlines()[0] if text else '').text = text
