@@ -28,6 +28,10 @@ struct Walk {
     std::wstring_view directory;
     const ListingOptions& options;
     CExCallback* events;
+    // One buffer for the paths of all entries: the directory and a backslash, and behind them the entry's
+    // name.
+    WideString path;
+    std::size_t nameStart = 0;
     // The error of a listener without the method: set aside while the entries are delivered, raised at the
     // end.
     LocalRef<jthrowable> listenerError;
@@ -45,13 +49,25 @@ void appendName(wchar_t* path, std::size_t capacity, const wchar_t* name) noexce
     wcscat_s(path, capacity, name);
 }
 
-WideString entryPath(std::wstring_view directory, const wchar_t* name) noexcept {
-    const std::size_t nameLength = std::wcslen(name);
-    WideString path = copyText(directory.data(), directory.size(), nameLength + 1);
-    if (path) {
-        appendName(path.get(), directory.size() + nameLength + 2, name);
+// Makes the buffer of the entries' paths. Returns false when memory is exhausted.
+bool startPaths(Walk& walk) noexcept {
+    walk.path = copyText(walk.directory.data(), walk.directory.size(), 1 + MAX_PATH);
+    if (!walk.path) {
+        return false;
     }
-    return path;
+    walk.nameStart = walk.directory.size();
+    if (!endsInBackslash(walk.directory)) {
+        walk.path.get()[walk.nameStart++] = L'\\';
+    }
+    return true;
+}
+
+// Returns the path of an entry, terminated, until the next one is asked for.
+std::wstring_view entryPath(Walk& walk, const WIN32_FIND_DATAW& found) noexcept {
+    const std::size_t length = wcsnlen(found.cFileName, MAX_PATH);
+    std::wmemcpy(walk.path.get() + walk.nameStart, found.cFileName, length);
+    walk.path.get()[walk.nameStart + length] = L'\0';
+    return {walk.path.get(), walk.nameStart + length};
 }
 
 bool isDotName(const wchar_t* name) noexcept {
@@ -92,16 +108,12 @@ bool readEntrySecurity(Walk& walk, const wchar_t* path, WideString& text) noexce
 // Delivers one entry. Returns false when a Java exception ends the listing.
 bool deliverEntry(Walk& walk, const WIN32_FIND_DATAW& found) noexcept {
     JNIEnv* env = walk.env;
-    const WideString path = entryPath(walk.directory, found.cFileName);
-    if (!path) {
-        throwSystemText(env, ERROR_NOT_ENOUGH_MEMORY);
-        return false;
-    }
+    const std::wstring_view path = entryPath(walk, found);
     WideString security;
-    if (!readEntrySecurity(walk, path.get(), security)) {
+    if (!readEntrySecurity(walk, path.data(), security)) {
         return false;
     }
-    const LocalRef javaPath(env, newJavaString(env, path.get()));
+    const LocalRef javaPath(env, newJavaString(env, path));
     if (!javaPath) {
         return false;
     }
@@ -127,6 +139,9 @@ bool deliverEntry(Walk& walk, const WIN32_FIND_DATAW& found) noexcept {
 
 // Delivers what the buffer holds and what the search finds behind it.
 void deliverAll(Walk& walk, const SearchHandle& search, WIN32_FIND_DATAW& found) noexcept {
+    if (!startPaths(walk)) {
+        return throwSystemText(walk.env, ERROR_NOT_ENOUGH_MEMORY);
+    }
     do {
         if (!isDotName(found.cFileName) && !deliverEntry(walk, found)) {
             return;
@@ -144,7 +159,7 @@ void deliverAll(Walk& walk, const SearchHandle& search, WIN32_FIND_DATAW& found)
 
 void listWinFiles(JNIEnv* env, jobject collector, const wchar_t* directory, const ListingOptions& options,
                   CExCallback* events) noexcept {
-    Walk walk{env, collector, directory, options, events, {}};
+    Walk walk{env, collector, directory, options, events, {}, 0, {}};
     WIN32_FIND_DATAW found = {};
     SearchHandle search;
     WideString pattern = copyText(directory, walk.directory.size(), patternRoom);
