@@ -1,5 +1,6 @@
 #include "child_process.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include "text.h"
@@ -8,10 +9,11 @@ namespace testbed {
 
 namespace {
 
-std::wstring programFile() {
+// Beside this program.
+std::wstring violationsFile() {
     wchar_t path[MAX_PATH];
     GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return path;
+    return (std::filesystem::path(path).parent_path() / L"support_violations.exe").wstring();
 }
 
 std::string readToEnd(HANDLE pipe) {
@@ -26,7 +28,7 @@ std::string readToEnd(HANDLE pipe) {
 
 }  // namespace
 
-ChildResult runTests(const std::string& filter, const std::string& arguments) {
+ChildResult runViolations(const std::string& filter, const std::string& arguments) {
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
     HANDLE reading = nullptr;
     HANDLE writing = nullptr;
@@ -38,11 +40,10 @@ ChildResult runTests(const std::string& filter, const std::string& arguments) {
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = startup.hStdError = writing;
     PROCESS_INFORMATION child = {};
-    std::wstring commandLine = L'"' + programFile() + L"\" --gtest_also_run_disabled_tests --gtest_filter=" +
-                               toWide(filter + arguments);
+    std::wstring commandLine = L'"' + violationsFile() + L"\" --gtest_filter=" + toWide(filter + arguments);
     if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                         &child)) {
-        throw std::runtime_error("cannot start the program again");
+        throw std::runtime_error("cannot start the violations");
     }
     CloseHandle(writing);
     ChildResult result{0, readToEnd(reading)};

@@ -1,4 +1,4 @@
-// Runs tests of this same program in a process of their own, where they may fail, hang and crash.
+// Runs the violations, which are a program of their own because they fail, hang and crash.
 #pragma once
 
 #include <windows.h>
@@ -12,8 +12,7 @@ struct ChildResult {
     std::string output;  // of both streams
 };
 
-// Runs the tests that the filter names, switched off or not. Further arguments follow, each with a space
-// before it.
-ChildResult runTests(const std::string& filter, const std::string& arguments = "");
+// Runs those that the filter names. Further arguments follow, each with a space before it.
+ChildResult runViolations(const std::string& filter, const std::string& arguments = "");
 
 }  // namespace testbed

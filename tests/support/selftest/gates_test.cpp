@@ -30,7 +30,7 @@ void PrintTo(const Violation& violation, std::ostream* stream) {
 class Gate : public ::testing::TestWithParam<Violation> {};
 
 TEST_P(Gate, IsAwake) {
-    const ChildResult child = runTests(std::string("DISABLED_Violation.") + GetParam().name);
+    const ChildResult child = runViolations(std::string("Violations.") + GetParam().name);
 
     EXPECT_EQ(child.exitCode, GetParam().exitCode);
     for (const std::string& complaint : GetParam().complaints) {
@@ -48,14 +48,14 @@ const Violation violations[] = {
     {"LeavesTheThreadImpersonating", failed, {"the thread still impersonates somebody"}},
     {"LeavesAFileOpenInItsFolder", failed, {"cannot remove"}},
     {"LeavesAFreshLibraryWithAHandle", failed, {"taken by OpenProcessToken at nowhere"}},
-    {"Hangs", hung, {"DISABLED_Violation.Hangs took too long", "thread 0x", "support_selftest.exe+0x"}},
+    {"Hangs", hung, {"Violations.Hangs took too long", "thread 0x", "support_violations.exe+0x"}},
     {"ReadsOneByteBehindAnArray",
      crashed,
      {"ReadsOneByteBehindAnArray crashed: exception 0xc0000005", "behind the end of the content of a file",
-      "support_selftest.exe+0x"}},
+      "support_violations.exe+0x"}},
     {"WritesBehindItsMemory", crashed, {"behind the end of a block of 20 bytes that the library allocated"}},
     {"ReadsTwoUnitsBehindAString", crashed, {"behind the end of the characters of a Java string"}},
-    {"Aborts", crashed, {"DISABLED_Violation.Aborts crashed: abort"}},
+    {"Aborts", crashed, {"Violations.Aborts crashed: abort"}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Each, Gate, ::testing::ValuesIn(violations),
@@ -64,18 +64,18 @@ INSTANTIATE_TEST_SUITE_P(Each, Gate, ::testing::ValuesIn(violations),
 TEST(Crash, LeavesResultsInWhichTheUnfinishedTestsFailed) {
     const TempFolder folder;
 
-    runTests("DISABLED_Violation.Aborts:DISABLED_Violation.PassesBeforeTheOthers",
-             " --gtest_output=xml:" + toUtf8(folder / L"results.xml"));
+    runViolations("Violations.Aborts:Violations.PassesBeforeTheOthers",
+                  " --gtest_output=xml:" + toUtf8(folder / L"results.xml"));
 
     const std::string results = readFile(folder / L"results.xml");
     EXPECT_THAT(results,
-                HasSubstr("name=\"Aborts\"><failure message=\"DISABLED_Violation.Aborts crashed: abort\"/>"));
+                HasSubstr("name=\"Aborts\"><failure message=\"Violations.Aborts crashed: abort\"/>"));
     EXPECT_THAT(results, HasSubstr("name=\"PassesBeforeTheOthers\"><failure"));
     EXPECT_THAT(results, Not(HasSubstr("Hangs")));
 }
 
 TEST(GoodTest, Passes) {
-    const ChildResult child = runTests("DISABLED_Violation.PassesBeforeTheOthers");
+    const ChildResult child = runViolations("Violations.PassesBeforeTheOthers");
 
     EXPECT_EQ(child.exitCode, 0u);
     EXPECT_THAT(child.output, HasSubstr("[  PASSED  ] 1 test."));
