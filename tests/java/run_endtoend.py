@@ -26,6 +26,8 @@ NAME = 'java-endtoend'
 MANY_ENTRIES = 50000
 VOLUME_BYTES = 1 << 20
 VOLUME_NAMES = 64
+# A Java heap that is all there from the beginning: what grows in the JVM's process is then what the natives leave.
+FIXED_HEAP = ['-XX:+UseSerialGC', '-Xms256m', '-Xmx256m', '-XX:+AlwaysPreTouch']
 NATIVE_PREFIX = 'Java_com_qarvo_kel_util_WindowsUtil_'
 VIOLATIONS = {
     'exists': 'JNI call made without checking exceptions',
@@ -197,8 +199,9 @@ def run_tests(options, env, java, work, devices):
         if volume:
             properties['winutil.test.volume'] = volume
         # The log's name without its drive: a colon separates the log's options.
-        command = java + [f'-Xlog:jni+resolve=debug:file={windows(resolve_log)[2:]}:none:filecount=0',
-                          f'-XX:ErrorFile={windows(options.logs)}\\hs_err_%p.log']
+        command = java + FIXED_HEAP
+        command += [f'-Xlog:jni+resolve=debug:file={windows(resolve_log)[2:]}:none:filecount=0',
+                    f'-XX:ErrorFile={windows(options.logs)}\\hs_err_%p.log']
         command += [f'-D{key}={value}' for key, value in properties.items()]
         command += run_suite.console(windows(options.tests), windows(work / 'reports'))
         code = run_suite.run(command, log, env)
