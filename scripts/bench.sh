@@ -21,6 +21,8 @@ mkdir -p "$results"
 prefix=$(mktemp -d "$results/prefix.XXXXXX")
 trap 'WINEPREFIX=$prefix wineserver -k 2>/dev/null || true; WINEPREFIX=$prefix wineserver -w; rm -rf "$prefix"' EXIT
 cp -a "$WINEPREFIX/." "$prefix"
+mkdir "$prefix/many"
+(cd "$prefix/many" && seq -f 'entry %07.0f' 200000 | xargs -d '\n' touch)
 allowed=$(taskset -cp $$ | sed 's/.*[:,-] *//')
 
 if [ $# -eq 0 ]; then
@@ -28,7 +30,7 @@ if [ $# -eq 0 ]; then
     full=yes
 fi
 WINEPREFIX=$prefix taskset -c "${BENCH_CPU:-$allowed}" \
-    wine "$WINDOWS_JAVA_HOME/bin/java.exe" "@Z:$(realpath "$build")/bench/benchmark.args" --keep "$@"
+    wine "$WINDOWS_JAVA_HOME/bin/java.exe" "@Z:$(realpath "$build")/bench/benchmark.args" --keep --many "Z:$prefix/many" "$@"
 
 if [ "${full:-}" = yes ]; then
     cp "$results/benchmark.md" docs/benchmark.md

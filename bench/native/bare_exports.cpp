@@ -1,11 +1,7 @@
 // The floor without Java, called once per pass.
-#include <windows.h>
-
 #include <com_qarvo_winutil_bench_Bare.h>
-#include <winternl.h>
 
 #include <algorithm>
-#include <string>
 
 #include "bare.h"
 #include "counters.h"
@@ -38,24 +34,6 @@ JNIEXPORT jlong JNICALL Java_com_qarvo_winutil_bench_Bare_preparePaths(JNIEnv* e
 
 JNIEXPORT void JNICALL Java_com_qarvo_winutil_bench_Bare_freePaths(JNIEnv*, jclass, jlong paths) {
     delete &toPaths(paths);
-}
-
-// Below the Win32 layer, which would ask for any case.
-JNIEXPORT jboolean JNICALL Java_com_qarvo_winutil_bench_Bare_createFile(JNIEnv* env, jclass, jstring path) {
-    std::wstring name = L"\\??\\" + toWide(env, path);
-    const auto bytes = static_cast<USHORT>(name.size() * sizeof(wchar_t));
-    UNICODE_STRING text{bytes, bytes, name.data()};
-    OBJECT_ATTRIBUTES attributes = {};
-    attributes.Length = sizeof attributes;
-    attributes.ObjectName = &text;
-    HANDLE file = nullptr;
-    IO_STATUS_BLOCK status;
-    if (NtCreateFile(&file, FILE_WRITE_DATA | SYNCHRONIZE, &attributes, &status, nullptr,
-                     FILE_ATTRIBUTE_NORMAL, 0, FILE_CREATE, FILE_SYNCHRONOUS_IO_NONALERT, nullptr, 0) < 0) {
-        return JNI_FALSE;
-    }
-    CloseHandle(file);
-    return JNI_TRUE;
 }
 
 JNIEXPORT jlong JNICALL Java_com_qarvo_winutil_bench_Bare_list(JNIEnv* env, jclass, jstring directory,

@@ -6,7 +6,8 @@ import re
 SHOWN = 10
 OUR_CLASS = 'com.qarvo.kel.util.WindowsUtil.'
 
-COMPLAINT = re.compile(r'(WARNING in native method|WARNING: JNI|WARNING: Calling other JNI|FATAL ERROR in native method)')
+COMPLAINT = re.compile(
+    r'(WARNING in native method|WARNING: JNI|WARNING: Calling other JNI|FATAL ERROR in native method)')
 FRAME = re.compile(r'^\s+at |^\s+- ')
 
 # The library asks for these two by descriptor, as it has always done; every JVM resolves them.

@@ -80,7 +80,8 @@ def small_volume(folder, devices):
     """A small file system as a drive of its own; gives its root, or None where mounting is not allowed."""
     folder.mkdir()
     libc = ctypes.CDLL(None, use_errno=True)
-    if libc.mount(b'none', os.fsencode(folder), b'tmpfs', 0, f'size={VOLUME_BYTES},nr_inodes={VOLUME_NAMES}'.encode()) != 0:
+    size = f'size={VOLUME_BYTES},nr_inodes={VOLUME_NAMES}'
+    if libc.mount(b'none', os.fsencode(folder), b'tmpfs', 0, size.encode()) != 0:
         print(f'{NAME}: no small volume, mounting failed: {os.strerror(ctypes.get_errno())}')
         yield None
         return

@@ -28,7 +28,8 @@ class Case:
 def write_cases(path, suite, cases):
     """Writes results of our own in the form of JUnit's."""
     failed = sum(case.failure is not None for case in cases)
-    root = ElementTree.Element('testsuite', name=suite, tests=str(len(cases)), failures=str(failed), errors='0', skipped='0')
+    root = ElementTree.Element('testsuite', name=suite, tests=str(len(cases)), failures=str(failed), errors='0',
+                               skipped='0')
     for case in cases:
         element = ElementTree.SubElement(root, 'testcase', classname=suite, name=case.name)
         if case.failure is not None:

@@ -19,12 +19,6 @@ final class Bare {
 
     static native void freePaths(long paths);
 
-    /**
-     * Makes an empty file under exactly this name. Where names are matched without regard to case by looking through
-     * the directory, the ordinary way takes longer with each file, many minutes for the largest directory.
-     */
-    static native boolean createFile(String path);
-
     /** Lists a directory and returns the number of entries. */
     static native long list(String directory, boolean withSecurity);
 

@@ -33,6 +33,10 @@ public final class Benchmark implements Callable<Integer> {
             + " temporary folder).")
     private Path data;
 
+    @Option(names = "--many", paramLabel = "DIR", description = "A directory of 200000 files that is there already."
+            + " Making one takes hours where each new name is compared with all the others, as Wine does.")
+    private Path many;
+
     @Option(names = "--keep", description = "Leave the test files: the caller deletes the folder faster.")
     private boolean keep;
 
@@ -62,8 +66,7 @@ public final class Benchmark implements Callable<Integer> {
     @Override
     public Integer call() throws Exception {
         System.out.println(Report.versions());
-        Path parent = data == null ? Files.createTempDirectory("winutil-bench") : Files.createDirectories(data);
-        Path folder = parent.toRealPath(); // in the case in which its names are written on the disk
+        Path folder = data == null ? Files.createTempDirectory("winutil-bench") : Files.createDirectories(data);
         try {
             runAll(folder, quick ? Scale.QUICK : Scale.FULL);
         } catch (Contender.WrongResult e) {
@@ -92,8 +95,8 @@ public final class Benchmark implements Callable<Integer> {
             run(runner, jobs.all());
         }
         if (wanted(Aims.MEMORY)) {
-            Path many = Tree.plain(folder, "many", scale.manyEntries());
-            add(new MemoryJob(many, scale.manyEntries()).run(quick ? 1 : MEMORY_ROUNDS));
+            Path listed = many != null ? many : Tree.plain(folder, "many", scale.manyEntries());
+            add(new MemoryJob(listed, scale.manyEntries()).run(quick ? 1 : MEMORY_ROUNDS));
         }
         runLoad(scale);
     }

@@ -35,7 +35,7 @@ final class Tree {
         for (int i = 0; i < entries; i++) {
             Path entry = entry(directory, i);
             if (i % DIRECTORY_INTERVAL != 0) {
-                createFile(entry);
+                Files.createFile(entry);
             }
             if (i % SPECIAL_INTERVAL == 7 && i % DIRECTORY_INTERVAL != 0) {
                 Files.write(entry, new byte[i % 100 + 1]);
@@ -50,17 +50,11 @@ final class Tree {
         return directory.resolve(String.format("entry with a common name %06d.data", number));
     }
 
-    private static void createFile(Path path) throws IOException {
-        if (!Bare.createFile(path.toString())) {
-            throw new IOException("cannot create " + path);
-        }
-    }
-
     /** Makes a directory of empty files. */
     static Path plain(Path parent, String name, int entries) throws IOException {
         Path directory = Files.createDirectory(parent.resolve(name));
         for (int i = 0; i < entries; i++) {
-            createFile(directory.resolve(String.format("entry %07d", i)));
+            Files.createFile(directory.resolve(String.format("entry %07d", i)));
         }
         return directory;
     }

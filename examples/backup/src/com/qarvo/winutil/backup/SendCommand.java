@@ -13,9 +13,9 @@ import picocli.CommandLine.Spec;
     "Sends a message to the message pipe and waits for the answer. While the pipe is busy it waits up to 20"
         + " seconds for it, again and again for as long as other clients are faster.",
     "%nWhat comes of it is known in one case only: an answer that sorts before \"OK\", such as \"NO REPLY\", is"
-        + " reported as a refusal, with exit code 1. In all other cases nothing can be said, and the exit code is 0: \"OK\" and"
-        + " every answer that sorts behind it look the same as a pipe that nobody serves or that stays busy, a message"
-        + " that could not be written, and an answer that never came."})
+        + " reported as a refusal, with exit code 1. In all other cases nothing can be said, and the exit code is 0:"
+        + " \"OK\" and every answer that sorts behind it look the same as a pipe that nobody serves or that stays busy,"
+        + " a message that could not be written, and an answer that never came."})
 final class SendCommand implements Callable<Integer> {
     @ParentCommand
     private Main main;

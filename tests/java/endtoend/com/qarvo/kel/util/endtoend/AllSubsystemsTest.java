@@ -75,7 +75,7 @@ class AllSubsystemsTest extends EndToEnd {
             runFor(WARM_UP_SECONDS, pool, jobs, calls);
             int handles = OpenHandles.ofAllKinds();
             calls.set(0);
-            // A leak grows in each period, what the JVM takes for itself comes at once: the middle one tells them apart.
+            // A leak grows in each period, what the JVM takes for itself comes at once: the middle one tells which.
             long[] growth = new long[PERIODS];
             for (int i = 0; i < PERIODS; i++) {
                 long bytes = committedBytes();
@@ -85,7 +85,8 @@ class AllSubsystemsTest extends EndToEnd {
             int after = OpenHandles.ofAllKinds();
             Arrays.sort(growth);
             String grown = "bytes grown in " + PERIOD_SECONDS + " s: " + Arrays.toString(growth);
-            System.out.printf("%d threads: %d calls, handles %d -> %d, %s%n", THREADS, calls.get(), handles, after, grown);
+            System.out.printf("%d threads: %d calls, handles %d -> %d, %s%n", THREADS, calls.get(), handles, after,
+                    grown);
             assertTrue(after <= handles + HANDLES_OF_THE_JVM, () -> handles + " handles became " + after);
             assertTrue(growth[PERIODS / 2] <= BYTES_OF_THE_JVM, grown);
         } finally {

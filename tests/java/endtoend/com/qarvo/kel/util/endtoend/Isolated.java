@@ -91,8 +91,8 @@ final class Isolated implements AutoCloseable {
 
     /** Calls the one method of this name. */
     Object call(String name, Object... arguments) throws Throwable {
-        Method method = Arrays.stream(util.getClass().getMethods()).filter(candidate -> candidate.getName().equals(name))
-                .findFirst().orElseThrow();
+        Method method = Arrays.stream(util.getClass().getMethods())
+                .filter(candidate -> candidate.getName().equals(name)).findFirst().orElseThrow();
         try {
             return method.invoke(util, arguments);
         } catch (InvocationTargetException e) {

@@ -77,7 +77,8 @@ class LongPathTest extends EndToEnd {
         }
         assertTrue(util.renameTo(path, given + "\\" + newName));
         assertFalse(util.exists(path));
-        assertFails(FileNotFoundException.class, Witness.message("openFile", FILE_NOT_FOUND), () -> util.openFile(path));
+        assertFails(FileNotFoundException.class, Witness.message("openFile", FILE_NOT_FOUND),
+                () -> util.openFile(path));
         assertTrue(util.delete(given + "\\" + newName));
         assertFalse(Files.exists(directory.resolve(newName)));
     }

@@ -37,8 +37,8 @@ class OpenFileTest extends EndToEnd {
     }
 
     @ParameterizedTest
-    @ValueSource(strings = {"C:\\no such file", "C:\\no such folder\\x", "Q:\\x", "", "no such relative path", "C:\\a|b",
-        "C:\\a*", "\\\\?\\C:\\no such file", "\\\\?\\C:\\no such folder\\x", "\\\\.\\no such device",
+    @ValueSource(strings = {"C:\\no such file", "C:\\no such folder\\x", "Q:\\x", "", "no such relative path",
+        "C:\\a|b", "C:\\a*", "\\\\?\\C:\\no such file", "\\\\?\\C:\\no such folder\\x", "\\\\.\\no such device",
         "\\\\no-such-server\\share\\x"})
     void openingWhatIsNotThereSaysWhatTheSystemSays(String path) {
         int code = Witness.openError(path, GENERIC_READ, OPEN_EXISTING, BACKUP_SEMANTICS | READONLY);

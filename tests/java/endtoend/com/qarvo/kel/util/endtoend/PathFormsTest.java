@@ -46,7 +46,8 @@ class PathFormsTest extends EndToEnd {
     void environmentVariablesAreExpanded() {
         String windows = System.getenv("SystemRoot");
 
-        assertEquals(windows + "\\system32;" + windows, util.CovertEnvPathToFilePath("%SystemRoot%\\system32;%SYSTEMROOT%"));
+        assertEquals(windows + "\\system32;" + windows,
+                util.CovertEnvPathToFilePath("%SystemRoot%\\system32;%SYSTEMROOT%"));
     }
 
     @ParameterizedTest

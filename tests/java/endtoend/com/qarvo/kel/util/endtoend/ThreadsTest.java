@@ -55,6 +55,7 @@ class ThreadsTest extends EndToEnd {
         }
         assertArrayEquals(content, back);
         assertEquals(true, util.delete(path));
-        assertFails(FileNotFoundException.class, Witness.message("openFile", FILE_NOT_FOUND), () -> util.openFile(path));
+        assertFails(FileNotFoundException.class, Witness.message("openFile", FILE_NOT_FOUND),
+                () -> util.openFile(path));
     }
 }

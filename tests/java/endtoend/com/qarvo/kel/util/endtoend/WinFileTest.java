@@ -84,7 +84,8 @@ class WinFileTest extends EndToEnd {
     }
 
     @ParameterizedTest
-    @CsvSource({"0, 0", "-1, -1", "-9999, -1", "-10000, -1", "-10001, -2", "9999, 0", "10000, 1", "12345678901234, 1234567890"})
+    @CsvSource({"0, 0", "-1, -1", "-9999, -1", "-10000, -1", "-10001, -2", "9999, 0", "10000, 1",
+        "12345678901234, 1234567890"})
     void unitsOfATimeAreCutTowardsTheBeginningOfTime(long unitsAfter1970, long milliseconds) throws IOException {
         Path path = Files.createFile(folder.resolve("a.txt"));
         Witness.setLastWrite(path.toString(), EPOCH + unitsAfter1970);
@@ -107,7 +108,8 @@ class WinFileTest extends EndToEnd {
             assertEquals(ARCHIVE, field(record, "attributes"));
             assertEquals(Witness.securityDescriptor(path.toString()), field(record, "securityDescriptor"));
             assertEquals(false, field(record, "reparsePoint"));
-            assertEquals(true, field(library.call("WinFile", fixture("links") + "\\link", false, false), "reparsePoint"));
+            assertEquals(true,
+                    field(library.call("WinFile", fixture("links") + "\\link", false, false), "reparsePoint"));
         }
     }
 
@@ -153,7 +155,8 @@ class WinFileTest extends EndToEnd {
     }
 
     @ParameterizedTest
-    @ValueSource(strings = {"", "C:\\no such file", "C:\\no such folder\\x", "Q:\\", "C:\\a|b", "\\\\?\\C:\\no such file"})
+    @ValueSource(strings = {"", "C:\\no such file", "C:\\no such folder\\x", "Q:\\", "C:\\a|b",
+        "\\\\?\\C:\\no such file"})
     void theAttributeWordOfWhatIsNotThereIsMinusOne(String path) {
         assertEquals(UNREADABLE, util.getFileAttr(path));
     }
