@@ -7,8 +7,9 @@ import java.io.InputStream;
  * The read end of the pipe that a child process writes its standard output or standard error to, as an input stream.
  * The native methods that start processes make it; see {@link WinProcess}.
  *
- * <p>Reading blocks until the child has written something or has closed its end. One thread may read while another
- * closes: the pipe is then given back when the read has returned.
+ * <p>Reading blocks until the child has written something or has closed its end; a write of no bytes reads like the
+ * end, though the child goes on. One thread may read while another closes: the pipe is then given back when the read
+ * has returned.
  */
 public class WinPipe extends InputStream {
     private final long handle;

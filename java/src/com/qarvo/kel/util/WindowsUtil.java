@@ -99,9 +99,10 @@ public class WindowsUtil {
      * Opens or creates a file, and preallocates room for it. Other processes may read and write the file meanwhile, but
      * not delete it.
      *
-     * <p>With a size, write access is added, and the file is extended to that size at once; {@link #closeFile} cuts it
-     * at the position that the handle then has. Where the account may manage the volume, the new room is not zeroed:
-     * until it is written it holds whatever lay on the disk there.
+     * <p>With a size, write access is added, and the file gets that size at once: <b>a longer one that is there already
+     * loses what lies behind it</b>. {@link #closeFile} cuts the file at the position that the handle then has. Where
+     * the account may manage the volume, the new room is not zeroed: until it is written it holds whatever lay on the
+     * disk there.
      *
      * <p>While another process holds the file with a conflicting share mode the call tries again, ten times at half a
      * second.
@@ -179,7 +180,8 @@ public class WindowsUtil {
     // Reading, writing and positioning
 
     /**
-     * Writes bytes of an array at the handle's position and moves it on.
+     * Writes bytes of an array at the handle's position and moves it on. When the system takes only part of them,
+     * nothing is raised: {@link #getFilePosition} tells, by how far the position has moved.
      *
      * @param record the record of a file opened for writing
      * @param data the array; the range is not checked
@@ -192,7 +194,8 @@ public class WindowsUtil {
 
     /**
      * Writes bytes of a direct buffer at the handle's position and moves it on. The buffer's own position and limit
-     * play no part and do not change.
+     * play no part and do not change. That the system took only part of the bytes shows as it does for
+     * {@link #write(long, byte[], int, int)}.
      *
      * <p>For a file opened with {@link Win32#FILE_FLAG_NO_BUFFERING} the length must be a multiple of the sector size
      * (that much is checked), and the system wants the position and the address to be multiples of it as well.
@@ -312,7 +315,7 @@ public class WindowsUtil {
     public native int getSectorSize(String path);
 
     /**
-     * Gives the size of a memory page, which is also the alignment of large allocations.
+     * Gives the size of a memory page.
      *
      * @return bytes per page
      */
@@ -347,8 +350,9 @@ public class WindowsUtil {
      * </pre>
      *
      * <p>with the meanings given at {@link WinFileList#addFile}. An entry whose security descriptor cannot be read is
-     * reported to the listener and delivered with an empty one. When the listing breaks off, the entries delivered
-     * stay delivered.
+     * reported to the listener and delivered with an empty one; where the listener has no method for that, the call
+     * ends in a {@link NoSuchMethodError} once all entries are delivered. When the listing breaks off, the entries
+     * delivered stay delivered.
      *
      * @param collector takes the entries
      * @param dir the directory, as an absolute path that does <b>not</b> begin with <code>\\?\</code>: those are
@@ -390,8 +394,9 @@ public class WindowsUtil {
     // File operations
 
     /**
-     * Makes a directory; not the ones above it. Where the folder above it seems to be missing on a network share, the
-     * call waits two seconds and looks again whether the directory is there, since a share may be slow to show it.
+     * Makes a directory; not the ones above it. Where the folder above it seems to be missing, and the path begins with
+     * two backslashes, the call waits two seconds and looks again whether the directory is there, since a network share
+     * may be slow to show it.
      *
      * @param path the directory
      * @return true when it was made; false when something of that name is there already
@@ -459,7 +464,8 @@ public class WindowsUtil {
      *
      * @param path the file or directory
      * @param securityInformation what to read: the {@code _SECURITY_INFORMATION} bits of {@link Win32}
-     * @param listener told when it cannot be read, see {@link FileErrorListener}; may be null
+     * @param listener told when it cannot be read, see {@link FileErrorListener}; may be null. One that has no method
+     *        for that ends the call in a {@link NoSuchMethodError}
      * @return the text, empty when it cannot be read
      */
     public native String getWinSecurityDescriptor(String path, int securityInformation, Object listener);
@@ -484,8 +490,8 @@ public class WindowsUtil {
      * @param descriptorText the descriptor as SDDL text; null or empty leaves it as it is
      * @param attributes the attribute word; {@link Win32#INVALID_FILE_ATTRIBUTES} (-1) leaves it as it is
      * @return nothing of use; it worked when no exception came
-     * @throws IOException when either could not be set, the message tells which; the attributes are tried even when
-     *         the descriptor failed
+     * @throws IOException when either could not be set; the attributes are tried even when the descriptor failed. The
+     *         message tells which, except that one about compressing or encrypting says nothing of the descriptor
      */
     public native boolean setFileAttrWithSecurityDescriptor(String path, int securityInformation,
             String descriptorText, int attributes) throws IOException;
@@ -505,15 +511,17 @@ public class WindowsUtil {
 
     /**
      * Checks that an account may write a file, as {@link #isAccessRead} does for reading. With an empty user it asks
-     * for the account that the thread is impersonating, and refuses with an empty message when there is none. In every
-     * case the thread acts as the process itself afterwards.
+     * for the account that the thread is impersonating, and refuses with an empty message when there is none. <b>It
+     * asks for that account also when the given one cannot log on</b>, so a yes means the given one only where the
+     * thread was not impersonating. In every case the thread acts as the process itself afterwards.
      *
      * @param path the file or directory
      * @param domain the account's domain or machine, ASCII
      * @param user the account, ASCII; may be empty
      * @param password its password, ASCII
      * @return true; a no always comes as an exception
-     * @throws IOException when the account may not, cannot log on, or the question cannot be answered
+     * @throws IOException when the account may not, the question cannot be answered, or the account cannot log on and
+     *         the thread is not impersonating
      */
     public native boolean isAccessWrite(String path, String domain, String user, String password) throws IOException;
 
@@ -649,8 +657,8 @@ public class WindowsUtil {
      *
      * @param path the link
      * @return the target without the prefixes that the file system puts in front of it, relative for a relative link,
-     *         a volume name (<code>\\?\Volume{...}\</code>) for a mounted volume; null for what is no link or cannot
-     *         be read
+     *         a volume name (<code>\\?\Volume{...}\</code>) for a mounted volume; empty when it has more than 2047
+     *         characters; null for what is no link or cannot be read
      */
     public native String getLinkTarget(String path);
 
@@ -725,7 +733,8 @@ public class WindowsUtil {
     public native byte[] getLibraryIcon(String path);
 
     /**
-     * Finds a file by the system's search order: program folder, system folders, current folder, {@code PATH}.
+     * Finds a file by the system's search order: program folder, current folder, system folders, {@code PATH}. Where
+     * the machine or the process has the safe search mode on, the current folder comes behind the system folders.
      *
      * @param name the file name with its extension
      * @return the full path; empty when it is not found
@@ -752,13 +761,14 @@ public class WindowsUtil {
      * void addNode(String root, String key, String name)                             // a subkey
      * void addStringNode(String root, String key, String name, String value)         // REG_SZ, REG_EXPAND_SZ
      * void addDwordNode(String root, String key, String name, long value)            // REG_DWORD, 0 to 4294967295
-     * void addByteNode(String root, String key, String name, byte[] value)           // REG_BINARY, and resource lists
+     * void addByteNode(String root, String key, String name, byte[] value)           // REG_BINARY, type 9
      * void addMultiStringNode(String root, String key, String name, String[] value)  // REG_MULTI_SZ
      * </pre>
      *
      * <p>Text with variables in it comes unexpanded. A list of strings ends at its first empty one. Texts, and strings
-     * in lists, are cut at 16383 characters, names of REG_SZ values at 255. Values of other types, 64-bit numbers among
-     * them, are left out, and so is a subkey whose name has 255 characters. A key that cannot be opened gives nothing.
+     * in lists, are cut at 16383 characters, names of REG_SZ values at 255. Type 9 is REG_FULL_RESOURCE_DESCRIPTOR.
+     * Values of other types, 64-bit numbers and resource lists (type 8) among them, are left out, and so is a subkey
+     * whose name has 255 characters. A key that cannot be opened gives nothing.
      *
      * @param collector takes the items
      * @param rootName {@code HKEY_LOCAL_MACHINE}, {@code HKEY_USERS}, {@code HKEY_CURRENT_USER},
@@ -912,7 +922,8 @@ public class WindowsUtil {
      * Starts a process under a named account, with its profile loaded and its environment, elevated where the account
      * can be. The process has no standard input; its standard output and error arrive at the streams of the result.
      * The calling process needs the right to start processes under other tokens, which services have; its backup and
-     * restore privileges are switched on, and stay on. All strings may be null.
+     * restore privileges are switched on, and stay on. When a step behind loading the profile fails, the profile stays
+     * loaded and the token open, and nothing gives them back. All strings may be null.
      *
      * @param applicationName the program file; null to take it from the command line
      * @param commandLine the command line, program included
@@ -954,9 +965,10 @@ public class WindowsUtil {
 
     /**
      * Unloads an account's profile, closes its token and frees both cells. {@link WinProcess} does this for its own.
+     * Unloading takes both: with only one of them the profile stays loaded, and that one's cell is freed nevertheless.
      *
-     * @param tokenCell the handle cell of the token, of no use afterwards; nothing happens for 0 and less
-     * @param profileCell the handle cell of the profile, of no use afterwards; nothing happens for 0 and less
+     * @param tokenCell the handle cell of the token, of no use afterwards; 0 or less for none
+     * @param profileCell the handle cell of the profile, of no use afterwards; 0 or less for none
      */
     public native void unloadUserProfile(long tokenCell, long profileCell);
 
@@ -992,7 +1004,8 @@ public class WindowsUtil {
      * @param buffer the array; the range is not checked
      * @param offset where the first byte goes
      * @param length how many bytes to read at most
-     * @return how many bytes were read; -1 when the child has closed its end
+     * @return how many bytes were read; -1 when the child has closed its end, but also whenever {@code length} is 0
+     *         and for each write of no bytes by a child that goes on
      * @throws IOException when the read fails for another reason; code 6 for a cell of 0 or less
      */
     public native int readHandle(long handleCell, byte[] buffer, int offset, int length) throws IOException;
@@ -1012,7 +1025,8 @@ public class WindowsUtil {
     public native int getSessionId();
 
     /**
-     * Lists running processes. Those whose token this account may not read are left out.
+     * Lists running processes. Those whose token this account may not read are left out, and those whose account has
+     * no name that the system can find.
      *
      * @param executableName the file name of the program, such as {@code java.exe}, in any case; null or empty for all
      * @return a list of {@link WinProcessInfo}
@@ -1125,7 +1139,7 @@ public class WindowsUtil {
      * Gives the size of the volume that a path lies on.
      *
      * @param path an existing folder, ASCII
-     * @return bytes; 0 when it cannot be had
+     * @return bytes; the caller's quota where there is one; 0 when it cannot be had
      */
     public native long getTotalDiskSpace(String path);
 
@@ -1179,9 +1193,9 @@ public class WindowsUtil {
     public native void impersonateToSelf() throws IOException;
 
     /**
-     * Checks an account's name and password, by every means there is, and keeps no logon. An account of another domain
-     * is checked by connecting to the machine or domain of that name, which first cancels a connection to it. May block
-     * on the network.
+     * Checks an account's name and password, by every means there is, and keeps no logon. An account that cannot log on
+     * is checked by connecting to the machine or domain of the name given, which first cancels a connection to it,
+     * unless that is what {@link #getDomainName} gives; {@code .} and NetBIOS names are not. May block on the network.
      *
      * @param domain the account's domain; null counts as empty
      * @param user the account; null counts as empty

@@ -17,7 +17,8 @@ import picocli.CommandLine.Spec;
 /** Lists running processes. */
 @CommandLine.Command(name = "ps", description = {
     "Lists running processes with their sessions and accounts.",
-    "Those that the system does not let this account look into are not shown."})
+    "Those that the system does not let this account look into are not shown,",
+    "nor those whose account has no name."})
 final class PsCommand implements Callable<Integer> {
     @ParentCommand
     private Main main;
