@@ -13,7 +13,7 @@ scripts/setup.sh --all
 
 build=${WINUTIL_BUILD:-build/mingw-release}
 results=$PWD/build/bench
-cmake --preset mingw-release -B "$build" >/dev/null
+cmake --preset mingw-release "${toolbox[@]}" -B "$build" >/dev/null
 cmake --build "$build" --target WinUtil64 winutil_bench winutil_empty winutil_bench_jar
 mkdir -p "$results"
 

@@ -13,6 +13,6 @@ for argument in "$@"; do
     esac
 done
 scripts/setup.sh "${setup[@]}"
-cmake --preset mingw-release >build-configure.log 2>&1 || { cat build-configure.log; exit 1; }
+cmake --preset mingw-release "${toolbox[@]}" >build-configure.log 2>&1 || { cat build-configure.log; exit 1; }
 rm -f build-configure.log
 cmake --build --preset mingw-release ${targets:+--target "${targets[@]}"}

@@ -8,3 +8,5 @@ export WINEDLLOVERRIDES='mscoree,mshtml='
 export LC_ALL=C.UTF-8
 unset DISPLAY
 mkdir -p "$WINUTIL_CACHE"
+# For CMake, which would otherwise go on with the folders of the first time.
+toolbox=("-DWINUTIL_CACHE=$WINUTIL_CACHE" "-DWINDOWS_JAVA_HOME=$WINDOWS_JAVA_HOME")

@@ -33,7 +33,8 @@ checksums=$PWD/scripts/downloads/checksums.sha256
 if ! (cd "$jars" 2>/dev/null && sha256sum --check --status "$checksums"); then
     echo "setup: fetching the Java libraries"
     rm -rf "$jars"
-    mvn -q -B -f scripts/downloads/pom.xml dependency:copy-dependencies -DoutputDirectory="$jars"
+    mvn -q -B -f scripts/downloads/pom.xml -Dmaven.repo.local="$WINUTIL_CACHE/maven" \
+        dependency:copy-dependencies -DoutputDirectory="$jars"
     (cd "$jars" && sha256sum --check --quiet "$checksums")
 fi
 
