@@ -1,12 +1,20 @@
 package com.qarvo.kel.util.endtoend;
 
+import static org.junit.jupiter.api.Assertions.assertEquals;
+
 import com.qarvo.kel.util.WindowsUtil;
 import com.sun.jna.platform.win32.Kernel32;
+import java.util.concurrent.CompletableFuture;
+import java.util.concurrent.Executor;
+import java.util.concurrent.Future;
+import java.util.concurrent.TimeUnit;
+import java.util.concurrent.TimeoutException;
 
 /** One end of a pipe in a process of its own: {@code serve NAME} or {@code send NAME MESSAGE}. */
 final class PipeEnd {
     private static final int NOT_YET_LISTENING_MILLIS = 30;
     private static final int WAIT_MILLIS = 20_000;
+    private static final int ARRIVAL_MILLIS = 200;
 
     private PipeEnd() {
     }
@@ -33,6 +41,24 @@ final class PipeEnd {
     static int send(String name, String message) {
         awaitServer(name);
         return new WindowsUtil().sendPipe(name, message);
+    }
+
+    /** Serves on a thread of the executor and sends until something has arrived. Gives what arrived. */
+    static String exchange(String name, String message, Executor executor) throws Exception {
+        CompletableFuture<String> served = CompletableFuture.supplyAsync(() -> serve(name), executor);
+        do {
+            assertEquals(0, send(name, message));
+        } while (!arrived(served));
+        return served.get();
+    }
+
+    static boolean arrived(Future<String> served) throws Exception {
+        try {
+            served.get(ARRIVAL_MILLIS, TimeUnit.MILLISECONDS);
+            return true;
+        } catch (TimeoutException e) {
+            return false;
+        }
     }
 
     static void awaitServer(String name) {

@@ -12,8 +12,8 @@ import java.nio.charset.StandardCharsets;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.CompletableFuture;
+import java.util.concurrent.ForkJoinPool;
 import java.util.concurrent.TimeUnit;
-import java.util.concurrent.TimeoutException;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.TestInfo;
@@ -36,22 +36,8 @@ class PipesTest extends EndToEnd {
                 + test.getTestMethod().orElseThrow().getName();
     }
 
-    /** Serves on another thread and sends until something has arrived. Gives what arrived. */
     private String exchange(String message) throws Exception {
-        CompletableFuture<String> served = CompletableFuture.supplyAsync(() -> PipeEnd.serve(name));
-        do {
-            assertEquals(0, PipeEnd.send(name, message));
-        } while (!arrived(served));
-        return served.get();
-    }
-
-    private static boolean arrived(CompletableFuture<String> served) throws Exception {
-        try {
-            served.get(200, TimeUnit.MILLISECONDS);
-            return true;
-        } catch (TimeoutException e) {
-            return false;
-        }
+        return PipeEnd.exchange(name, message, ForkJoinPool.commonPool());
     }
 
     private Process startOther(String... arguments) throws Exception {
@@ -131,7 +117,7 @@ class PipesTest extends EndToEnd {
                 assertEquals("0", output.readLine());
                 assertTrue(client.waitFor(20, TimeUnit.SECONDS));
             }
-        } while (!arrived(served));
+        } while (!PipeEnd.arrived(served));
 
         assertEquals("F", served.get());
     }
