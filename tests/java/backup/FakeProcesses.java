@@ -5,6 +5,7 @@ import java.io.IOException;
 import java.io.InputStream;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.concurrent.CountDownLatch;
 
 import com.qarvo.kel.util.WinProcessInfo;
 
@@ -15,6 +16,8 @@ final class FakeProcesses implements NativeProcesses {
     InputStream output = InputStream.nullInputStream();
     InputStream error = InputStream.nullInputStream();
     int exitCode;
+    /** When the program ends. */
+    CountDownLatch untilEnd = new CountDownLatch(0);
     /** The messages of what fails; null where it does not. */
     String startFailure;
     String waitFailure;
@@ -42,6 +45,11 @@ final class FakeProcesses implements NativeProcesses {
         @Override
         public int waitFor() throws IOException {
             fail(waitFailure);
+            try {
+                untilEnd.await();
+            } catch (InterruptedException e) {
+                throw new IOException(e);
+            }
             return exitCode;
         }
 

@@ -13,6 +13,7 @@ import java.io.SequenceInputStream;
 import java.io.StringWriter;
 import java.nio.charset.StandardCharsets;
 import java.util.Arrays;
+import java.util.Iterator;
 import java.util.List;
 import java.util.concurrent.CountDownLatch;
 import java.util.concurrent.TimeUnit;
@@ -119,6 +120,49 @@ class RunTest {
                 new PrintWriter(new StringWriter()), "run", "--as-session", "1", "a.exe");
 
         assertEquals("ready", out.toString());
+    }
+
+    @Test
+    void anEmptyWriteDoesNotEndTheOutput() {
+        CountDownLatch allRead = new CountDownLatch(1);
+        processes.untilEnd = allRead;
+        processes.output = new InputStream() {
+            private final Iterator<String> writes = List.of("", "first ", "", "", "l\u00F6st", "").iterator();
+
+            @Override
+            public int read() {
+                throw new AssertionError("blocks are read");
+            }
+
+            @Override
+            public int read(byte[] buffer, int offset, int length) {
+                if (!writes.hasNext()) {
+                    allRead.countDown();
+                    return -1;
+                }
+                byte[] bytes = writes.next().getBytes(StandardCharsets.UTF_8);
+                System.arraycopy(bytes, 0, buffer, offset, bytes.length);
+                return bytes.length == 0 ? -1 : bytes.length;
+            }
+        };
+
+        assertEquals(new Bed.Result(0, "first l\u00F6st", ""), run("a.exe"));
+    }
+
+    @Test
+    void whatStandsBehindAnEmptyWriteIsReadAfterTheEndToo() {
+        processes.output = new SequenceInputStream(text("last"), InputStream.nullInputStream()) {
+            private boolean emptied;
+
+            @Override
+            public int read(byte[] buffer, int offset, int length) throws IOException {
+                boolean first = !emptied;
+                emptied = true;
+                return first ? -1 : super.read(buffer, offset, length);
+            }
+        };
+
+        assertEquals("last", run("a.exe").out());
     }
 
     @ParameterizedTest

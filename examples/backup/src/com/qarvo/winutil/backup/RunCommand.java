@@ -5,6 +5,7 @@ import java.io.InputStream;
 import java.io.InputStreamReader;
 import java.io.PrintWriter;
 import java.nio.charset.Charset;
+import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.Callable;
 
@@ -43,6 +44,64 @@ final class RunCommand implements Callable<Integer> {
             description = "Program and its arguments, after \"--\"; words with blanks are quoted for it.")
     private List<String> command;
 
+    /** Waits for the end of the program, and keeps how it went. */
+    private static final class Ending extends Thread {
+        private final Child child;
+        private volatile int code;
+        private volatile IOException failure;
+
+        Ending(Child child) {
+            super("ending");
+            this.child = child;
+            setDaemon(true);
+        }
+
+        @Override
+        public void run() {
+            try {
+                code = child.waitFor();
+            } catch (IOException e) {
+                failure = e;
+            }
+        }
+    }
+
+    /** A stream of the program that does not end before the program does: an empty write looks like an end. */
+    private static final class WholeStream extends InputStream {
+        private final InputStream from;
+        private final Ending ending;
+
+        WholeStream(InputStream from, Ending ending) {
+            this.from = from;
+            this.ending = ending;
+        }
+
+        @Override
+        public int read() throws IOException {
+            byte[] one = new byte[1];
+            return read(one, 0, 1) < 0 ? -1 : one[0] & 0xFF;
+        }
+
+        @Override
+        public int read(byte[] buffer, int offset, int length) throws IOException {
+            int count = from.read(buffer, offset, length);
+            while (count < 0 && ending.isAlive()) {
+                await();
+                count = from.read(buffer, offset, length);
+            }
+            // What was written behind the last empty write is still there after the end.
+            return count < 0 ? from.read(buffer, offset, length) : count;
+        }
+
+        private void await() throws IOException {
+            try {
+                ending.join(MILLISECONDS_BETWEEN_LOOKS);
+            } catch (InterruptedException e) {
+                throw new IOException(e);
+            }
+        }
+    }
+
     /** Shows one stream of the program until it ends. */
     private static final class Relay extends Thread {
         private static final int BLOCK = 4096;
@@ -78,11 +137,14 @@ final class RunCommand implements Callable<Integer> {
         PrintWriter out = spec.commandLine().getOut();
         PrintWriter err = spec.commandLine().getErr();
         try (Child child = start()) {
-            List<Relay> relays = List.of(new Relay("output", child.output(), encoding, out),
-                    new Relay("error", child.error(), encoding, err));
+            Ending ending = new Ending(child);
+            List<Relay> relays = List.of(
+                    new Relay("output", new WholeStream(child.output(), ending), encoding, out),
+                    new Relay("error", new WholeStream(child.error(), ending), encoding, err));
+            ending.start();
             relays.forEach(Thread::start);
-            waitForEnd(relays, child);
-            return outcome(relays, child, err);
+            waitFor(relays, ending, child);
+            return outcome(relays, ending, err);
         }
     }
 
@@ -94,11 +156,13 @@ final class RunCommand implements Callable<Integer> {
         }
     }
 
-    private void waitForEnd(List<Relay> relays, Child child) {
+    private void waitFor(List<Relay> relays, Ending ending, Child child) {
+        List<Thread> threads = new ArrayList<>(relays);
+        threads.add(ending);
         try {
-            for (Relay relay : relays) {
-                while (relay.isAlive()) {
-                    relay.join(MILLISECONDS_BETWEEN_LOOKS);
+            for (Thread thread : threads) {
+                while (thread.isAlive()) {
+                    thread.join(MILLISECONDS_BETWEEN_LOOKS);
                     main.stop().check();
                 }
             }
@@ -120,7 +184,7 @@ final class RunCommand implements Callable<Integer> {
         }
     }
 
-    private static int outcome(List<Relay> relays, Child child, PrintWriter err) {
+    private static int outcome(List<Relay> relays, Ending ending, PrintWriter err) {
         int problems = 0;
         for (Relay relay : relays) {
             if (relay.failure != null) {
@@ -128,14 +192,13 @@ final class RunCommand implements Callable<Integer> {
                 problems++;
             }
         }
-        try {
-            int code = child.waitFor();
-            if (code != 0) {
-                err.println("The program ended with exit code " + code + ".");
-                problems++;
-            }
-        } catch (IOException e) {
-            throw new ClientException("The program's exit code cannot be had: " + Reasons.of(e), e);
+        if (ending.failure != null) {
+            throw new ClientException("The program's exit code cannot be had: " + Reasons.of(ending.failure),
+                    ending.failure);
+        }
+        if (ending.code != 0) {
+            err.println("The program ended with exit code " + ending.code + ".");
+            problems++;
         }
         return problems == 0 ? Main.EXIT_ALL : Main.EXIT_INCOMPLETE;
     }
