@@ -2,6 +2,8 @@ package com.qarvo.winutil.backup;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertNull;
+import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.ByteArrayOutputStream;
@@ -171,6 +173,17 @@ class CommandLineTest {
     }
 
     @Test
+    void aDescriptorThatCannotBeListedIsReportedOnOneLine() {
+        files.withoutSecurity.add("C:\\src\\a.txt");
+
+        Bed.Result result = bed.run("list", "--security", "C:\\src");
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\src\\a.txt: its security descriptor cannot be read: Access denied.\n",
+                result.err());
+    }
+
+    @Test
     void aListingThatFailsIsReported() {
         files.unlistable.add("C:\\src");
 
@@ -189,6 +202,15 @@ class CommandLineTest {
 
         assertTrue(shown.startsWith("\r0 files  0.0 MB  0.0 MB/s  C:\\src\\a.txt "), shown);
         assertTrue(shown.endsWith("\r" + " ".repeat(79) + "\r"), shown);
+    }
+
+    @Test
+    void progressIsShownWhereTheTerminalIsKnownToBe() {
+        PrintWriter out = new PrintWriter(new StringWriter());
+        PrintWriter err = new PrintWriter(new StringWriter());
+
+        assertSame(out, new TransferOptions().progressLine(true, out, err), "the errors may go to a file");
+        assertNull(new TransferOptions().progressLine(false, out, err));
     }
 
     @Test

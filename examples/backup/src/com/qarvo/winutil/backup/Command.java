@@ -38,8 +38,9 @@ abstract class Command implements Callable<Integer> {
      * @return the exit code
      */
     int run(String source, String verb, String count, Consumer<Job> body) {
+        PrintWriter out = spec.commandLine().getOut();
         PrintWriter err = spec.commandLine().getErr();
-        Progress progress = new Progress(options.showsProgress() ? err : null, System::nanoTime);
+        Progress progress = new Progress(options.progressLine(Console.isTerminal(), out, err), System::nanoTime);
         Report report = new Report(err, progress);
         Transfer transfer = new Transfer(files(), progress, main.stop(), options.transfer(), source);
         try {
@@ -48,7 +49,7 @@ abstract class Command implements Callable<Integer> {
             progress.clear();
         }
         String problems = report.count() == 0 ? "nothing " + count : report.count() + " " + count;
-        spec.commandLine().getOut().println(verb + " " + progress.summary() + "; " + problems + ".");
+        out.println(verb + " " + progress.summary() + "; " + problems + ".");
         return report.count() == 0 ? Main.EXIT_ALL : Main.EXIT_INCOMPLETE;
     }
 }

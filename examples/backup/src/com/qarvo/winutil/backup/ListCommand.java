@@ -48,7 +48,8 @@ final class ListCommand implements Callable<Integer> {
         Folders.requireFolder(files, path, "folder");
         List<WinFile> entries = new ArrayList<>();
         try {
-            files.list(path, security, entries::add, report::leftOut);
+            files.list(path, security, entries::add, (entry, reason) -> report.leftOut(entry,
+                    "its security descriptor cannot be read: " + Reasons.of(reason)));
         } catch (IOException e) {
             report.leftOut(path, "it cannot be listed: " + Reasons.of(e));
         }

@@ -1,5 +1,6 @@
 package com.qarvo.winutil.backup;
 
+import java.io.PrintWriter;
 import java.util.Locale;
 
 import picocli.CommandLine.ITypeConverter;
@@ -18,16 +19,24 @@ final class TransferOptions {
     private boolean unbuffered;
 
     @Option(names = "--progress", negatable = true,
-            description = "Show what is going on, or do not; by default it is shown on a terminal.")
+            description = "Show what is going on, with the errors, or do not; by default it is shown on a terminal.")
     private Boolean progress;
 
     Transfer.Options transfer() {
         return new Transfer.Options(blockSize, unbuffered);
     }
 
-    /** Tells whether to show progress. */
-    boolean showsProgress() {
-        return progress != null ? progress : Console.isTerminal();
+    /**
+     * Gives where progress is shown, null for nowhere. Nothing tells whether the errors go to a terminal or a file, so
+     * that it is only shown with them when someone asks for it.
+     *
+     * @param terminal whether standard output is a terminal
+     */
+    PrintWriter progressLine(boolean terminal, PrintWriter out, PrintWriter err) {
+        if (progress == null) {
+            return terminal ? out : null;
+        }
+        return progress ? err : null;
     }
 
     /** Reads sizes such as 4096, 64K and 1M. */
