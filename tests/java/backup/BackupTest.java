@@ -10,7 +10,6 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 import java.util.List;
 import java.util.Random;
 
-import com.qarvo.kel.util.WinFileList.WinFile;
 import com.qarvo.winutil.backup.ManifestEntry.Type;
 
 import org.junit.jupiter.api.AfterEach;
@@ -121,6 +120,18 @@ class BackupTest {
     }
 
     @Test
+    void ofAListingThatBreaksOffTheFirstPartIsStoredAndTheRestReported() {
+        files.breakingLists.add("C:\\src\\sub");
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\src\\sub: it cannot be listed to the end: Data error.\n", result.err());
+        assertNotNull(entry("sub\\b.txt"));
+        assertNull(entry("sub\\empty"));
+    }
+
+    @Test
     void aDescriptorThatCannotBeReadIsReportedAndTheFileStored() {
         files.withoutSecurity.add("C:\\src\\a.txt");
 
@@ -160,121 +171,6 @@ class BackupTest {
         bed.backup();
 
         assertEquals("privilege backup", files.calls.get(0));
-    }
-
-    @Test
-    void aLinkWithoutADescriptorIsWhole() {
-        files.addLink("C:\\src\\dangling", WinFile.FILE_SYMBOLIC_LINK, "C:\\nowhere").attributes = 0x422;
-        files.withoutSecurity.add("C:\\src\\dangling");
-
-        assertEquals(0, bed.backup().code());
-
-        assertEquals(0x422, entry("dangling").attributes());
-    }
-
-    @Test
-    void aFileThatChangesOnceIsReadAgain() {
-        files.whileReading.put("C:\\src\\a.txt", () -> {
-            files.whileReading.clear();
-            files.node("C:\\src\\a.txt").content = "changed".getBytes();
-            files.node("C:\\src\\a.txt").modified++;
-        });
-
-        Bed.Result result = bed.backup();
-
-        assertEquals(0, result.code(), result.err());
-        assertEquals(Bed.sha256("changed"), entry("a.txt").sha256());
-        assertEquals(files.node("C:\\src\\a.txt").modified, entry("a.txt").modified());
-        assertEquals(2, files.below("C:\\store\\data\\00000").size());
-    }
-
-    @ParameterizedTest
-    @ValueSource(strings = {"grows", "shrinks", "is written over"})
-    void aFileThatKeepsChangingIsReportedAndLeavesNothing(String how) {
-        FakeFiles.Node node = files.node("C:\\src\\a.txt");
-        files.whileReading.put("C:\\src\\a.txt", () -> {
-            switch (how) {
-                case "grows" -> node.content = (new String(node.content) + "+").getBytes();
-                case "shrinks" -> node.content = new byte[node.content.length - 1];
-                default -> node.modified++;
-            }
-        });
-
-        Bed.Result result = bed.backup();
-
-        assertEquals(1, result.code());
-        assertEquals("left out: C:\\src\\a.txt: it changed while it was being read\n", result.err());
-        assertNull(entry("a.txt"));
-        assertEquals(1, files.below("C:\\store\\data\\00000").size());
-    }
-
-    @Test
-    void aFileThatGivesFewerBytesThanItHasIsReported() {
-        files.addFile("C:\\src\\short", "x".repeat(1500));
-        files.endingReads.add("C:\\src\\short");
-
-        Bed.Result result = bed.run("backup", "--block-size=512", "C:\\src", "C:\\store");
-
-        assertEquals("left out: C:\\src\\short: it changed while it was being read\n", result.err());
-        assertEquals(1, result.code());
-    }
-
-    @Test
-    void linksAreStoredAsLinksAndNotFollowed() {
-        files.addDirectory("C:\\elsewhere");
-        files.addFile("C:\\elsewhere\\secret", "s");
-        files.addLink("C:\\src\\junction", WinFile.JUNCTION, "C:\\elsewhere");
-        files.addLink("C:\\src\\dir", WinFile.DIRECTORY_SYMBOLIC_LINK, "..\\elsewhere");
-        files.addLink("C:\\src\\file", WinFile.FILE_SYMBOLIC_LINK, "C:\\elsewhere\\secret");
-        for (String link : List.of("junction", "dir", "file")) {
-            files.mirrors.put("C:\\src\\" + link, "C:\\elsewhere");
-        }
-
-        Bed.Result result = bed.backup();
-
-        assertEquals(0, result.code(), result.err());
-        assertEquals(Type.JUNCTION, entry("junction").type());
-        assertEquals("C:\\elsewhere", entry("junction").linkTarget());
-        assertEquals(Type.DIRECTORY_LINK, entry("dir").type());
-        assertEquals("..\\elsewhere", entry("dir").linkTarget());
-        assertEquals(Type.FILE_LINK, entry("file").type());
-        assertFalse(manifest().stream().anyMatch(e -> e.path().contains("secret")));
-        assertFalse(files.calls.stream().anyMatch(c -> c.startsWith("open C:\\src\\file")));
-        assertTrue(result.out().contains("3 links"), result.out());
-    }
-
-    @Test
-    void aLinkWhoseTargetCannotBeReadIsReported() {
-        files.addLink("C:\\src\\junction", WinFile.JUNCTION, "");
-
-        Bed.Result result = bed.backup();
-
-        assertEquals(1, result.code());
-        assertTrue(result.err().startsWith("left out: C:\\src\\junction: it is a link"), result.err());
-    }
-
-    @Test
-    void aDirectoryWithAnotherReparseTagIsReportedAndNotEntered() {
-        files.addDirectory("C:\\volume");
-        files.addFile("C:\\volume\\secret", "s");
-        files.addLink("C:\\src\\mounted", WinFile.DIRECTORY, "");
-        files.mirrors.put("C:\\src\\mounted", "C:\\volume");
-
-        Bed.Result result = bed.backup();
-
-        assertEquals(1, result.code());
-        assertEquals("left out: C:\\src\\mounted: it is a mounted volume or a reparse point of an unknown kind, and"
-                + " not entered\n", result.err());
-        assertFalse(manifest().stream().anyMatch(e -> e.path().startsWith("mounted")));
-    }
-
-    @Test
-    void aFileWithAnotherReparseTagIsAFile() {
-        files.addLink("C:\\src\\deduplicated", WinFile.FILE, "").content = "content".getBytes();
-
-        assertEquals(0, bed.backup().code());
-
-        assertEquals(Bed.sha256("content"), entry("deduplicated").sha256());
     }
 
     @Test
@@ -413,6 +309,32 @@ class BackupTest {
     }
 
     @Test
+    void ofTwoBackupsIntoOneFolderTheSecondGivesWay() {
+        files.before.put("C:\\store\\data", () -> {
+            files.addDirectory("C:\\store\\data");
+            files.addFile("C:\\store\\manifest-unfinished-1-2", "the other's");
+        });
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(2, result.code());
+        assertEquals("Something else is writing to C:\\store; a backup needs a folder of its own.\n", result.err());
+        assertEquals(List.of("C:\\store\\data", "C:\\store\\manifest-unfinished-1-2"), files.below("C:\\store"));
+    }
+
+    @Test
+    void aContentThatSomebodyElseHasMadeStays() {
+        String content = "C:\\store\\data\\00000\\00000001";
+        files.before.put(content, () -> files.addFile(content, "the other's"));
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().contains("(80) File exists."), result.err());
+        assertEquals("the other's", files.text(content));
+    }
+
+    @Test
     void stoppingItEndsItAndLeavesNoFinishedStore() {
         files.whileReading.put("C:\\src\\a.txt", bed.stop::stop);
 
@@ -425,10 +347,10 @@ class BackupTest {
     }
 
     private List<ManifestEntry> manifest() {
-        return Store.open(files, "C:\\store").readManifest();
+        return bed.manifest();
     }
 
     private ManifestEntry entry(String path) {
-        return manifest().stream().filter(e -> e.path().equals(path)).findFirst().orElse(null);
+        return bed.entry(path);
     }
 }

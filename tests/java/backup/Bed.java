@@ -6,6 +6,7 @@ import java.nio.charset.StandardCharsets;
 import java.security.MessageDigest;
 import java.util.HashMap;
 import java.util.HexFormat;
+import java.util.List;
 import java.util.Map;
 import java.util.function.Function;
 
@@ -56,6 +57,15 @@ final class Bed {
 
     Result verify(String tree) {
         return run("verify", "C:\\store", tree);
+    }
+
+    List<ManifestEntry> manifest() {
+        return Store.open(files, "C:\\store").readManifest();
+    }
+
+    /** What the store has for a path, null when it has nothing. */
+    ManifestEntry entry(String path) {
+        return manifest().stream().filter(e -> e.path().equals(path)).findFirst().orElse(null);
     }
 
     /** A source of two directories and three files. */

@@ -19,6 +19,8 @@ class FakeDisk {
         boolean directory;
         byte[] content = new byte[0];
         long modified;
+        /** The time that its folder has for it; null when that is the same. */
+        Long listed;
         int attributes;
         byte kind;
         String target = "";

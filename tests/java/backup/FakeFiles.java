@@ -25,6 +25,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     private static final class Handle {
         Node node;
         int position;
+        int sizeWhenOpened;
         boolean unbuffered;
         boolean writable;
         long reserved;
@@ -36,6 +37,14 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     final Set<String> unreadable = new HashSet<>();
     final Set<String> unlistable = new HashSet<>();
     final Set<String> withoutSecurity = new HashSet<>();
+    /** Folders whose listing breaks off after the first entry. */
+    final Set<String> breakingLists = new HashSet<>();
+    /** Paths that do not tell their time when they are asked. */
+    final Set<String> timeless = new HashSet<>();
+    /** Paths whose reparse data cannot be read. */
+    final Set<String> sealed = new HashSet<>();
+    /** Run just before something is made at a path, once. */
+    final Map<String, Runnable> before = new HashMap<>();
     /** Paths whose reading fails after the first block. */
     final Set<String> failingReads = new HashSet<>();
     /** Paths whose reading ends after the first block, whatever their size. */
@@ -85,6 +94,13 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
         }
     }
 
+    private void runBefore(String path) {
+        Runnable hook = before.remove(path);
+        if (hook != null) {
+            hook.run();
+        }
+    }
+
     @Override
     public String absolutePath(String path) {
         return path.startsWith("C:") ? path : "C:\\" + path;
@@ -112,16 +128,26 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
                 errors.accept(node.path, "Access denied.\r\n");
             }
             entries.accept(new WinFile(Names.join(directory, node.path.substring(prefix.length())), node.directory,
-                    node.content.length, node.modified, node.attributes, withSecurity && !secret ? node.security : "",
+                    node.content.length, node.listed != null ? node.listed : node.modified, node.attributes,
+                    withSecurity && !secret ? node.security : "",
                     (node.attributes & Win32.FILE_ATTRIBUTE_REPARSE_POINT) != 0));
+            require(!breakingLists.contains(directory), "Data error.\r\n");
         }
     }
 
     @Override
     public WinFile entry(String path, boolean withSecurity) throws IOException {
         Node node = find(path);
+        byte plain = node.directory ? WinFile.DIRECTORY : WinFile.FILE;
         return new WinFile(path, node.directory, node.content.length, node.modified, node.attributes,
-                withSecurity && !withoutSecurity.contains(path) ? node.security : "", node.kind, node.target);
+                withSecurity && !withoutSecurity.contains(path) ? node.security : "",
+                sealed.contains(path) ? plain : node.kind, sealed.contains(path) ? "" : node.target);
+    }
+
+    @Override
+    public boolean isKnownToBeNoLink(String path) {
+        byte kind = nodes.get(path).kind;
+        return !sealed.contains(path) && (kind == WinFile.DIRECTORY || kind == WinFile.FILE);
     }
 
     @Override
@@ -136,7 +162,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
 
     @Override
     public long lastModified(String path) {
-        return nodes.containsKey(path) ? nodes.get(path).modified : 0;
+        return nodes.containsKey(path) && !timeless.contains(path) ? nodes.get(path).modified : 0;
     }
 
     @Override
@@ -157,6 +183,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
         calls.add("open " + path);
         Handle handle = new Handle();
         handle.node = node;
+        handle.sizeWhenOpened = node.content.length;
         handle.unbuffered = unbuffered;
         handles.put(nextHandle, handle);
         return nextHandle++;
@@ -164,6 +191,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
 
     @Override
     public long create(String path, long size) throws IOException {
+        runBefore(path);
         require(!nodes.containsKey(path), "[CreateFileW] (80) File exists.\r\n");
         require(nodes.containsKey(Names.parent(path)), "[CreateFileW] (3) Path not found.\r\n");
         calls.add("create " + path + " " + size);
@@ -194,7 +222,9 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     public int read(long file, ByteBuffer buffer, int offset, int length, int sector) throws IOException {
         Handle handle = handles.get(file);
         if (handle.unbuffered) {
-            require((address(buffer) + offset) % sectorSize == 0 && length % sectorSize == 0 && sector == sectorSize,
+            // The library knows the end by the size at the opening; anywhere else the position counts too.
+            require((address(buffer) + offset) % sectorSize == 0 && length % sectorSize == 0 && sector == sectorSize
+                    && (handle.position % sectorSize == 0 || handle.position == handle.sizeWhenOpened),
                     "[ReadFile] (87) Invalid parameter.\r\n");
         }
         require(handle.position == 0 || !failingReads.contains(handle.node.path), "[ReadFile] (23) Data error.\r\n");
@@ -284,6 +314,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
 
     @Override
     public boolean makeDirectory(String path) throws IOException {
+        runBefore(path);
         if (nodes.containsKey(path)) {
             return false;
         }
@@ -305,7 +336,8 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
             return false;
         }
         calls.add("time " + path);
-        node.modified = milliseconds;
+        // The system takes the first moment of its calendar for no time at all.
+        node.modified = milliseconds == -11_644_473_600_000L ? node.modified : milliseconds;
         return true;
     }
 

@@ -226,6 +226,28 @@ class RestoreTest {
     }
 
     @Test
+    void theFirstMomentOfTheCalendarCannotBeSetAndIsReported() {
+        files.node("C:\\src\\a.txt").modified = -11_644_473_600_000L;
+
+        Bed.Result result = backupAndRestore();
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\out\\a.txt: its time cannot be set\n", result.err());
+    }
+
+    @Test
+    void anEmptyFileThatWasNotEmptyIsReportedAndNotMade() {
+        bed.withManifest(Bed.directoryLine("."), Bed.fileLine("a", 0, Bed.sha256("x"), 0));
+
+        Bed.Result result = bed.restore();
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\out\\a: its content in the store is damaged: the SHA-256 is another one\n",
+                result.err());
+        assertNull(files.node("C:\\out\\a"));
+    }
+
+    @Test
     void restoresIntoAnEmptyFolder() {
         bed.backup();
         files.addDirectory("C:\\out");

@@ -10,7 +10,7 @@ import picocli.CommandLine.Parameters;
     "A file that cannot be read, or that changes while it is read, is reported and left out. Junctions and symbolic"
         + " links are stored as links and not followed; folders that lead elsewhere in another way, such as mounted"
         + " volumes, are reported and left out.",
-    "With --as the account is logged on for each file and folder and asked about before anything is read of it. Its"
+    "With --as the account is logged on for each file and folder and asked about before its content is read. Its"
         + " password is never part of the command line: it is asked for, or taken from the environment or a file."})
 final class BackupCommand extends Command {
     @Parameters(index = "0", paramLabel = "SOURCE", description = "Folder to back up.")

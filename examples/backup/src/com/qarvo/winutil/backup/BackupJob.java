@@ -143,11 +143,19 @@ final class BackupJob implements TreeWalk.Visitor {
         String path = found.entry().getPath();
         long file = job.transfer().open(path);
         try (Copy copy = new Copy()) {
-            // Asked now: what a directory says of a file that is open elsewhere may be out of date.
-            long modified = files.lastModified(path);
+            long modified = found.modified(files);
             long size = files.size(file);
-            Content content = job.transfer().read(file, copy);
-            if (content.size() != size || files.size(file) != size || files.lastModified(path) != modified) {
+            Content content;
+            try {
+                content = job.transfer().read(file, copy);
+            } catch (IOException e) {
+                if (files.size(file) == size && found.modified(files) == modified) {
+                    throw e;
+                }
+                // Unbuffered reading fails at an end that has moved.
+                return false;
+            }
+            if (content.size() != size || files.size(file) != size || found.modified(files) != modified) {
                 return false;
             }
             long number = copy.keep(size);
@@ -171,8 +179,10 @@ final class BackupJob implements TreeWalk.Visitor {
         public void take(ByteBuffer buffer, int offset, int length) {
             try {
                 if (!open) {
-                    place = store.placeForContent(contents + 1);
-                    file = files.create(place, 0);
+                    String next = store.placeForContent(contents + 1);
+                    file = files.create(next, 0);
+                    // Not before: what stands in the way of a new file is not for this backup to remove.
+                    place = next;
                     open = true;
                 }
                 job.transfer().write(file, buffer, offset, length);

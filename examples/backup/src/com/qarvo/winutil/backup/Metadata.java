@@ -11,6 +11,9 @@ import com.qarvo.winutil.backup.ManifestEntry.Type;
  * process itself. So they come in this order.
  */
 final class Metadata {
+    /** 1601-01-01, where the system begins to count: asked to set it, it leaves the time as it is. */
+    private static final long NO_TIME = -11_644_473_600_000L;
+
     private final NativeFiles files;
     private final Report report;
     private final boolean withSecurity;
@@ -54,7 +57,7 @@ final class Metadata {
     }
 
     private void setTime(ManifestEntry entry, String path) {
-        if (!files.setLastModified(path, entry.modified())) {
+        if (entry.modified() == NO_TIME || !files.setLastModified(path, entry.modified())) {
             report.leftOut(path, "its time cannot be set");
         }
     }

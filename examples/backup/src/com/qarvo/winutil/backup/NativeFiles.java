@@ -37,6 +37,12 @@ interface NativeFiles {
     /** Looks at one path, the link itself when it is one. */
     WinFile entry(String path, boolean withSecurity) throws IOException;
 
+    /**
+     * Tells of a reparse point that {@link #entry} takes for a plain file whether it is one; where its data cannot be
+     * read it may be a link.
+     */
+    boolean isKnownToBeNoLink(String path);
+
     /** Tells whether something is at a path. */
     boolean exists(String path);
 

@@ -109,6 +109,7 @@ final class RestoreJob {
                 throw new IOException("something of that name is there already");
             }
             if (entry.size() == 0) {
+                requireContent(entry, Digests.ofNothing());
                 write(entry, path, 0);
             } else {
                 writeContent(entry, path);
@@ -180,7 +181,11 @@ final class RestoreJob {
     private void copy(ManifestEntry entry, long content, long file) throws IOException {
         Content copied = job.transfer().read(content,
                 (buffer, offset, length) -> job.transfer().write(file, buffer, offset, length));
-        if (!copied.sha256().equals(entry.sha256())) {
+        requireContent(entry, copied.sha256());
+    }
+
+    private static void requireContent(ManifestEntry entry, String sha256) throws IOException {
+        if (!sha256.equals(entry.sha256())) {
             throw new IOException("its content in the store is damaged: the SHA-256 is another one");
         }
     }

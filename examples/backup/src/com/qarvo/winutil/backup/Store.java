@@ -37,7 +37,10 @@ final class Store {
         }
         Folders.makeIfMissing(files, path, "store");
         try {
-            files.makeDirectory(Names.join(path, DATA));
+            if (!files.makeDirectory(Names.join(path, DATA))) {
+                throw new ClientException("Something else is writing to " + Escapes.printable(path)
+                        + "; a backup needs a folder of its own.");
+            }
         } catch (IOException | SecurityException e) {
             throw failure(path, e);
         }

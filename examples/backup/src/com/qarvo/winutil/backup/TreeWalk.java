@@ -29,6 +29,14 @@ final class TreeWalk {
      * @param securityProblem why it has no security descriptor here, null when it has one or none was wanted
      */
     record Found(String path, WinFile entry, String securityProblem) {
+        /**
+         * Gives the time of the last write of a file as it is now: what its folder says of a file that is open
+         * elsewhere may be out of date. Where the file does not tell, it is good enough.
+         */
+        long modified(NativeFiles files) {
+            long asked = files.lastModified(entry.getPath());
+            return asked != 0 ? asked : entry.getLastModified();
+        }
     }
 
     /** Takes what is found. */
@@ -137,6 +145,8 @@ final class TreeWalk {
                 visitor.link(reparsed);
             } else if (reparsed.entry().isDirectory()) {
                 report.leftOut(path, "it is a mounted volume or a reparse point of an unknown kind, and not entered");
+            } else if (!files.isKnownToBeNoLink(path)) {
+                report.leftOut(path, "it may be a link, and its reparse point cannot be read");
             } else {
                 // Such as deduplicated or compressed content: the file system shows it as a file like any other.
                 visitor.file(reparsed);

@@ -6,7 +6,6 @@ import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
 
-import com.qarvo.kel.util.WinFileList.WinFile;
 import com.qarvo.winutil.backup.ManifestEntry.Type;
 import com.qarvo.winutil.backup.TreeWalk.Found;
 
@@ -43,7 +42,8 @@ final class VerifyJob implements TreeWalk.Visitor {
         job.progress().countDirectory();
         ManifestEntry entry = take(directory, Type.DIRECTORY);
         if (entry != null) {
-            compareTimeAndAttributes(entry, directory, Attributes.COMPARED);
+            compareTime(entry, directory, directory.entry().getLastModified());
+            compareAttributes(entry, directory, Attributes.COMPARED);
             compareSecurity(entry, directory);
         }
         return true;
@@ -56,7 +56,8 @@ final class VerifyJob implements TreeWalk.Visitor {
             job.progress().at(file.entry().getPath());
             job.progress().countFile();
             compareContent(entry, file);
-            compareTimeAndAttributes(entry, file, Attributes.COMPARED);
+            compareTime(entry, file, file.modified(job.files()));
+            compareAttributes(entry, file, Attributes.COMPARED);
             compareSecurity(entry, file);
         }
     }
@@ -72,7 +73,8 @@ final class VerifyJob implements TreeWalk.Visitor {
             differs(link.path(), "it leads to " + Escapes.printable(link.entry().getLinkTarget()) + " instead of "
                     + Escapes.printable(entry.linkTarget()));
         }
-        compareTimeAndAttributes(entry, link, Attributes.PLAIN);
+        compareTime(entry, link, link.entry().getLastModified());
+        compareAttributes(entry, link, Attributes.PLAIN);
     }
 
     /** Finds the entry for what was found and crosses it off; null when there is none of this type. */
@@ -112,16 +114,17 @@ final class VerifyJob implements TreeWalk.Visitor {
         return job.transfer().read(file, (buffer, offset, length) -> { }).sha256();
     }
 
-    private void compareTimeAndAttributes(ManifestEntry entry, Found found, int compared) {
-        WinFile entryFound = found.entry();
-        if (entryFound.getLastModified() != entry.modified()) {
-            differs(found.path(), "its time is " + time(entryFound.getLastModified()) + " instead of "
-                    + time(entry.modified()));
+    private void compareTime(ManifestEntry entry, Found found, long modified) {
+        if (modified != entry.modified()) {
+            differs(found.path(), "its time is " + time(modified) + " instead of " + time(entry.modified()));
         }
-        int attributes = (entryFound.getAttributes() ^ entry.attributes()) & compared;
-        if (attributes != 0) {
-            differs(found.path(), "its attributes are " + Attributes.letters(entryFound.getAttributes())
-                    + " instead of " + Attributes.letters(entry.attributes()));
+    }
+
+    private void compareAttributes(ManifestEntry entry, Found found, int compared) {
+        int attributes = found.entry().getAttributes();
+        if (((attributes ^ entry.attributes()) & compared) != 0) {
+            differs(found.path(), "its attributes are " + Attributes.letters(attributes) + " instead of "
+                    + Attributes.letters(entry.attributes()));
         }
     }
 

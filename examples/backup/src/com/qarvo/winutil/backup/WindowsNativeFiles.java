@@ -1,5 +1,9 @@
 package com.qarvo.winutil.backup;
 
+import static com.qarvo.winutil.backup.PathForms.extended;
+import static com.qarvo.winutil.backup.PathForms.hasTrailingDotOrSpace;
+import static com.qarvo.winutil.backup.PathForms.needsExtended;
+
 import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.nio.channels.FileChannel;
@@ -23,16 +27,15 @@ import com.qarvo.kel.util.WindowsUtil;
  * in "C:\a\b." it would otherwise drop the last dot and open another file.
  */
 final class WindowsNativeFiles implements NativeFiles {
-    private static final String EXTENDED = "\\\\?\\";
-    private static final String EXTENDED_UNC = "\\\\?\\UNC\\";
-    private static final int CLASSIC_LIMIT = 248;
+    /** The type of what is no reparse point or cannot be read; the last byte of every other one that is no link. */
+    private static final int NO_LINK_TYPE = 0xFF;
 
     private final WindowsUtil util = new WindowsUtil();
 
     @Override
     public String absolutePath(String path) {
         try {
-            String plain = withoutExtended(path);
+            String plain = PathForms.classic(path);
             if (plain.isEmpty()) {
                 throw new InvalidPathException(path, "it is empty");
             }
@@ -79,6 +82,13 @@ final class WindowsNativeFiles implements NativeFiles {
     @Override
     public WinFile entry(String path, boolean withSecurity) throws IOException {
         return util.WinFile(extended(path), withSecurity, true);
+    }
+
+    @Override
+    public boolean isKnownToBeNoLink(String path) {
+        // Of every other kind of reparse point the library gives the tag, but for its last byte.
+        int type = util.getLinkType(extended(path));
+        return type != NO_LINK_TYPE && (type & NO_LINK_TYPE) == NO_LINK_TYPE;
     }
 
     @Override
@@ -226,29 +236,5 @@ final class WindowsNativeFiles implements NativeFiles {
         }
         return new WinFile(entry.getPath(), entry.isDirectory(), entry.getSize(), entry.getLastModified(),
                 entry.getAttributes(), security, entry.isReparsePoint());
-    }
-
-    private static boolean needsExtended(String path) {
-        return path.length() >= CLASSIC_LIMIT || hasTrailingDotOrSpace(path);
-    }
-
-    /** Tells whether any component ends as the classic form does not allow. */
-    private static boolean hasTrailingDotOrSpace(String path) {
-        return path.endsWith(".") || path.endsWith(" ") || path.contains(".\\") || path.contains(" \\");
-    }
-
-    private static String extended(String path) {
-        if (path.startsWith(EXTENDED)) {
-            return path;
-        }
-        return path.startsWith("\\\\") ? EXTENDED_UNC + path.substring(2) : EXTENDED + path;
-    }
-
-    /** Listing needs the classic form, and brings it to the extended one itself. */
-    private static String withoutExtended(String path) {
-        if (path.startsWith(EXTENDED_UNC)) {
-            return "\\\\" + path.substring(EXTENDED_UNC.length());
-        }
-        return path.startsWith(EXTENDED) ? path.substring(EXTENDED.length()) : path;
     }
 }
