@@ -452,8 +452,9 @@ public class WindowsUtil {
      * Sets the time of the last write; that of a link itself for a link.
      *
      * @param path the file or directory
-     * @param milliseconds milliseconds since 1970-01-01 UTC; the range is not checked
-     * @return true when it was set
+     * @param milliseconds milliseconds since 1970-01-01 UTC; the range is not checked, and 1601-01-01, where the system
+     *        begins to count, leaves the time as it is
+     * @return true when the system took it
      */
     public native boolean setLastModified(String path, long milliseconds);
 
