@@ -46,6 +46,16 @@ class PreallocationTest extends EndToEnd {
     }
 
     @Test
+    void preallocatingCutsAFileThatIsLonger() throws IOException {
+        Path path = Files.writeString(folder.resolve("a.bin"), "content");
+        try (NativeFile file = adopt(util.createFileNC(path.toString(), READ_WRITE, OPEN_EXISTING, 0, 4))) {
+            assertEquals("cont", Files.readString(path));
+            util.seek(file.record, 2);
+        }
+        assertEquals("co", Files.readString(path));
+    }
+
+    @Test
     void preallocatingAddsTheRightToWrite() throws IOException {
         Path path = folder.resolve("a.bin");
         try (NativeFile file = adopt(util.createFileNC(path.toString(), GENERIC_READ, CREATE_NEW, 0, 100))) {
