@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <new>
 
 namespace winutil {
 
@@ -19,11 +18,8 @@ public:
     virtual ~CExCallback() = default;
 
     // Straight from malloc: the run time's own `new` throws inside, and would bring the whole unwinder into
-    // the library.
-    static void* operator new(std::size_t size) = delete;
-    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
-    // Its counterpart is the second of them: the first, which it would belong to, is there for nobody.
-    // NOLINTNEXTLINE(misc-new-delete-overloads)
+    // the library. This one does not throw: without memory, `new CExCallback` is null.
+    static void* operator new(std::size_t size) noexcept { return std::malloc(size); }
     static void operator delete(void* memory) noexcept { std::free(memory); }
 
     // Calls the listener's fireFileErrorEvent(path, message) and returns whether Java was called; the

@@ -1,6 +1,5 @@
 // File records, directory listing and file operations.
 #include <memory>
-#include <new>
 
 #include "bridge/errors.h"
 #include "bridge/ex_callback.h"
@@ -17,7 +16,7 @@ using namespace winutil;
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_listWinFiles(
     JNIEnv* env, jobject caller, jobject collector, jstring directory, jboolean withSecurity,
     jboolean withAttributes, jobject listener, jboolean securityOnFiles) {
-    const std::unique_ptr<CExCallback> events(new (std::nothrow) CExCallback(env, caller, listener));
+    const std::unique_ptr<CExCallback> events(new CExCallback(env, caller, listener));
     const TerminatedChars chars(env, directory);
     if (!chars) {
         return;

@@ -1,6 +1,5 @@
 // Security descriptors, access checks and privilege switches.
 #include <memory>
-#include <new>
 
 #include "account/logon.h"
 #include "bridge/errors.h"
@@ -50,7 +49,7 @@ bool checkAccess(JNIEnv* env, jstring path, const JavaAccount& account, AccessCh
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getWinSecurityDescriptor(
     JNIEnv* env, jobject caller, jstring path, jint securityInformation, jobject listener) {
-    const std::unique_ptr<CExCallback> events(new (std::nothrow) CExCallback(env, caller, listener));
+    const std::unique_ptr<CExCallback> events(new CExCallback(env, caller, listener));
     const WideString widePath = toWideString(env, path);
     if (!widePath) {
         // Without a path there is no file to report.
