@@ -65,7 +65,8 @@ public final class Main implements Runnable {
         System.exit(code);
     }
 
-    private static Natives ofSystem() {
+    /** Gives the native side of the system that this runs on. */
+    static Natives ofSystem() {
         return new Natives(WindowsNativeFiles::new, WindowsNativeInventory::new, WindowsNativeMessages::new,
                 WindowsNativeProcesses::new);
     }

@@ -1,0 +1,130 @@
+package com.qarvo.kel.util.endtoend;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import com.qarvo.winutil.backup.Client;
+import com.sun.jna.platform.win32.Advapi32Util;
+import com.sun.jna.platform.win32.Kernel32Util;
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
+import java.util.concurrent.CompletableFuture;
+import org.junit.jupiter.api.BeforeAll;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+
+/** The example client's other commands on the system itself. */
+class ClientTest extends EndToEnd {
+    private static final String SMILE = "\uD83D\uDE00.txt";
+
+    @TempDir
+    Path folder;
+
+    @BeforeAll
+    static void openItsJars() {
+        Client.run("--help");
+    }
+
+    /** Runs the client as a program of its own. */
+    private Client.Result runProgram(String... arguments) throws Exception {
+        List<String> command = new ArrayList<>(List.of(System.getProperty("java.home") + "\\bin\\java.exe",
+                "-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
+                System.getProperty("java.class.path"), "com.qarvo.winutil.backup.Main"));
+        command.addAll(List.of(arguments));
+        Path out = folder.resolveSibling(folder.getFileName() + "-out");
+        Path err = folder.resolveSibling(folder.getFileName() + "-err");
+        try {
+            int code = new ProcessBuilder(command).redirectOutput(out.toFile()).redirectError(err.toFile()).start()
+                    .waitFor();
+            return new Client.Result(code, Files.readString(out).replace("\r\n", "\n"),
+                    Files.readString(err).replace("\r\n", "\n"));
+        } finally {
+            Files.deleteIfExists(out);
+            Files.deleteIfExists(err);
+        }
+    }
+
+    @Test
+    void asAProgramItPrintsUtf8AndEndsWithItsExitCode() throws Exception {
+        Files.createFile(folder.resolve(SMILE));
+
+        Client.Result listed = runProgram("list", folder.toString());
+        assertTrue(listed.out().endsWith("  " + SMILE + "\n"), listed.toString());
+        assertEquals(0, listed.code());
+
+        assertEquals(new Client.Result(2, "", "The folder " + folder + "\\none does not exist.\n"),
+                runProgram("list", folder + "\\none"));
+    }
+
+    @Test
+    void aListingShowsAttributesSizesAndDescriptors() throws IOException {
+        Path hidden = Files.writeString(folder.resolve("hidden.txt"), "content");
+        Witness.setAttributes(hidden.toString(), HIDDEN | READONLY);
+        Files.createDirectory(folder.resolve("sub"));
+
+        Client.Result result = Client.run("list", "--security", folder);
+
+        assertEquals(0, result.code(), result.err());
+        List<String> lines = result.out().lines().sorted().toList();
+        assertEquals(4, lines.size(), result.out());
+        String time = "  \\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}  ";
+        assertTrue(lines.get(2).matches("--rh-a-- +7" + time + "hidden\\.txt"), result.out());
+        assertTrue(lines.get(3).matches("d------- +0" + time + "sub"), result.out());
+        assertTrue(lines.contains("    " + Witness.securityDescriptor(hidden.toString())), result.out());
+    }
+
+    @Test
+    void theInventoryIsWhole() {
+        Client.Result result = Client.run("inventory", "--json");
+
+        assertEquals("", result.err());
+        assertEquals(0, result.code(), result.out());
+        assertTrue(result.out().contains("\"name\": \"" + Kernel32Util.getComputerName() + '"'), result.out());
+        assertEquals(5, result.out().split("\"errors\": \\[\\]", -1).length - 1, result.out());
+        assertTrue(result.out().contains("\"logicalProcessors\": " + Runtime.getRuntime().availableProcessors()),
+                result.out());
+        assertTrue(result.out().contains("\"root\": \"C:\\\\\""), result.out());
+    }
+
+    @Test
+    void theProcessesHaveThisOneWithItsSessionAndAccount() {
+        Client.Result result = Client.run("ps", "JAVA.EXE");
+
+        assertEquals(0, result.code(), result.err());
+        String own = ProcessHandle.current().pid() + "  +" + util.getSessionId() + "  +"
+                + Kernel32Util.getComputerName() + "\\\\" + Advapi32Util.getUserName() + "  +java.exe";
+        assertTrue(result.out().lines().anyMatch(line -> line.strip().matches(own)), result.out());
+    }
+
+    @Test
+    void aProgramIsRunWithItsOutputAndItsExitCode() {
+        Client.Result result = Client.run("run", "--as-session", util.getSessionId(), "--", "cmd.exe", "/c",
+                "echo output& echo problem>&2& exit 3");
+
+        assertEquals(new Client.Result(1, "output\n", "problem\nThe program ended with exit code 3.\n"), result);
+    }
+
+    @Test
+    void ofAMessageThatIsSentTheFirstCharacterIsServed() throws Exception {
+        CompletableFuture<String> served = CompletableFuture.supplyAsync(() -> {
+            Client.Result result;
+            do {
+                // A client that comes before the pipe is ready gets nowhere.
+                result = Client.run("serve");
+            } while (result.code() != 0);
+            return result.out();
+        });
+
+        do {
+            PipeEnd.awaitServer("\\\\.\\pipe\\MESSAGE");
+            assertEquals(new Client.Result(0,
+                    "No refusal came back. Whether the message was delivered cannot be told.\n", ""),
+                    Client.run("send", "Hello"));
+        } while (!PipeEnd.arrived(served));
+
+        assertEquals("Serving \\\\.\\pipe\\MESSAGE.\nReceived: H\n", served.get());
+    }
+}
