@@ -15,6 +15,7 @@ import java.security.MessageDigest;
 import java.util.HexFormat;
 import java.util.List;
 import java.util.Random;
+import java.util.UUID;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.BeforeAll;
 import org.junit.jupiter.api.BeforeEach;
@@ -195,12 +196,13 @@ class ClientBackupTest extends EndToEnd {
     @Test
     void namesOfVolumesAreRefusedBeforeAnythingIsMade() throws IOException {
         Client.run("backup", tree, store);
-        String volume = "\\\\?\\Volume{01234567-89ab-cdef-0123-456789abcdef}\\";
+        String volume = "Volume{" + UUID.randomUUID() + "}";
+        String path = "\\\\?\\" + volume + "\\";
 
-        assertRefused(volume + " cannot be used: it takes a path that begins with a drive letter, or that of a share.",
-                Client.run("restore", store, volume));
+        assertRefused(path + " cannot be used: it takes a path that begins with a drive letter, or that of a share.",
+                Client.run("restore", store, path));
 
-        assertFalse(Files.exists(Path.of("Volume{01234567-89ab-cdef-0123-456789abcdef}")));
+        assertFalse(Files.exists(Path.of(volume)));
     }
 
     @Test

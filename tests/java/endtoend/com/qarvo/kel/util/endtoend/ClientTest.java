@@ -6,12 +6,15 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 import com.qarvo.winutil.backup.Client;
 import com.sun.jna.platform.win32.Advapi32Util;
 import com.sun.jna.platform.win32.Kernel32Util;
+import java.io.BufferedReader;
 import java.io.IOException;
+import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.CompletableFuture;
+import java.util.stream.Collectors;
 import org.junit.jupiter.api.BeforeAll;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
@@ -29,22 +32,22 @@ class ClientTest extends EndToEnd {
     }
 
     /** Runs the client as a program of its own. */
-    private Client.Result runProgram(String... arguments) throws Exception {
+    private static Client.Result runProgram(String... arguments) throws Exception {
         List<String> command = new ArrayList<>(List.of(System.getProperty("java.home") + "\\bin\\java.exe",
                 "-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
                 System.getProperty("java.class.path"), "com.qarvo.winutil.backup.Main"));
         command.addAll(List.of(arguments));
-        Path out = folder.resolveSibling(folder.getFileName() + "-out");
-        Path err = folder.resolveSibling(folder.getFileName() + "-err");
-        try {
-            int code = new ProcessBuilder(command).redirectOutput(out.toFile()).redirectError(err.toFile()).start()
-                    .waitFor();
-            return new Client.Result(code, Files.readString(out).replace("\r\n", "\n"),
-                    Files.readString(err).replace("\r\n", "\n"));
-        } finally {
-            Files.deleteIfExists(out);
-            Files.deleteIfExists(err);
+        Process process = new ProcessBuilder(command).start();
+        try (BufferedReader out = process.inputReader(StandardCharsets.UTF_8);
+                BufferedReader err = process.errorReader(StandardCharsets.UTF_8)) {
+            CompletableFuture<String> errors = CompletableFuture.supplyAsync(() -> text(err));
+            String output = text(out);
+            return new Client.Result(process.waitFor(), output, errors.get());
         }
+    }
+
+    private static String text(BufferedReader reader) {
+        return reader.lines().map(line -> line + "\n").collect(Collectors.joining());
     }
 
     @Test
@@ -86,6 +89,7 @@ class ClientTest extends EndToEnd {
         assertEquals(5, result.out().split("\"errors\": \\[\\]", -1).length - 1, result.out());
         assertTrue(result.out().contains("\"logicalProcessors\": " + Runtime.getRuntime().availableProcessors()),
                 result.out());
+        assertTrue(result.out().contains("\"slot\": \""), result.out());
         assertTrue(result.out().contains("\"root\": \"C:\\\\\""), result.out());
     }
 
