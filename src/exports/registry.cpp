@@ -124,8 +124,11 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getRegistryString(
 JNIEXPORT jbyteArray JNICALL Java_com_qarvo_kel_util_WindowsUtil_getRegistryBinary(JNIEnv* env, jobject,
                                                                                    jstring path) {
     const NarrowChars narrowPath(env, path);
-    if (narrowPath.get() == nullptr) {
+    if (!narrowPath) {
         return nullptr;
+    }
+    if (narrowPath.get() == nullptr) {
+        return newByteArray(env, {});
     }
     return newByteArray(env, registry::SmallValue(narrowPath.get()).bytes());
 }

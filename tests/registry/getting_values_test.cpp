@@ -115,6 +115,17 @@ TEST_F(GettingRegistryValues, ReadsTheNamelessDefaultValue) {
     EXPECT_EQ(textOf(keyName(), L""), L"default");
 }
 
+TEST_F(GettingRegistryValues, ReadsWhatIsInTheRootItself) {
+    put(L"number", REG_DWORD, "\x07\0\0\0"s);
+    put(L"text", REG_SZ, bytesOf(L"found\0"s));
+    const std::vector<Replacement> standing = takeThePlaceOfTheRoot();
+    EXPECT_EQ(dword(L"HKEY_CURRENT_USER\\number"), 7);
+    EXPECT_THAT(bytes(L"HKEY_CURRENT_USER\\number"), ElementsAre(7, 0, 0, 0));
+    EXPECT_EQ(text(L"HKEY_CURRENT_USER\\text"), L"found");
+    EXPECT_EQ(textOf(L"HKEY_CURRENT_USER\\", L"text"), L"found");
+    EXPECT_EQ(NATIVE(getRegistryValue)(L"HKEY_CURRENT_USER\\text", 0, REG_SZ).text(), L"found");
+}
+
 TEST_F(GettingRegistryValues, SplitsAKeyNameAtItsFirstBackslashOnly) {
     put(L"with\\backslash", REG_SZ, bytesOf(L"found\0"s));
     EXPECT_EQ(textOf(keyName(), L"with\\backslash"), L"found");
@@ -153,6 +164,17 @@ TEST_F(GettingRegistryValues, FailsForKeyNamesThatAreNone) {
                                      L"HKCU\\" + keyPath(), L"\\"s, keyName() + L"\\missing"}) {
         EXPECT_EQ(textOf(name, L"value"), L"") << toUtf8(name);
     }
+}
+
+TEST_F(GettingRegistryValues, FailsForNullAsForAnyOtherPath) {
+    EXPECT_EQ(NATIVE(getRegistryDWORD)(nullptr), -1);
+    for (const JavaObject& none :
+         {NATIVE(getRegistryString)(nullptr), NATIVE(getRegistryValueString)(nullptr, L"value"),
+          NATIVE(getRegistryValueString)(keyName(), nullptr)}) {
+        EXPECT_EQ(none.text(), L"");
+    }
+    EXPECT_THAT(NATIVE(getRegistryBinary)(nullptr).bytes(), IsEmpty());
+    EXPECT_FALSE(java.isPending());
 }
 
 TEST_F(GettingRegistryValues, OpensThe64BitViewFromA32BitProcess) {

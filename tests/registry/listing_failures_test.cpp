@@ -95,6 +95,14 @@ TEST_F(RegistryListingFailures, ArgumentsThatTheJvmHasNoMemoryForListNothing) {
     EXPECT_EQ(system().count("RegOpenKeyExA"), 0U);
 }
 
+TEST_F(RegistryListingFailures, NullForANameListsNothing) {
+    NATIVE(listRegistry)(collector.object(), nullptr, keyPath());
+    NATIVE(listRegistry)(collector.object(), L"HKEY_CURRENT_USER", nullptr);
+    EXPECT_THAT(collector.items(), IsEmpty());
+    EXPECT_EQ(system().count("RegOpenKeyExA"), 0U);
+    EXPECT_FALSE(java.isPending());
+}
+
 TEST_F(RegistryListingFailures, WithoutMemoryForTheTextsNothingIsListed) {
     const Replacement failing = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
     list();
@@ -112,6 +120,16 @@ TEST_F(RegistryListingFailures, AKeyWithoutCountsIsEmpty) {
     list();
     EXPECT_THAT(collector.items(), IsEmpty());
     ASSERT_EQ(counts.count(), 1U);
+}
+
+// As for a key whose class has no room in the buffer.
+TEST_F(RegistryListingFailures, CountsThatComeWithAFailureCount) {
+    const Replacement counts = REPLACE(RegQueryInfoKeyA, [&](auto... arguments) -> LSTATUS {
+        REAL(RegQueryInfoKeyA)(arguments...);
+        return ERROR_MORE_DATA;
+    });
+    list();
+    EXPECT_EQ(collector.items(), everything);
 }
 
 TEST_F(RegistryListingFailures, TheClassOfTheKeyIsAskedForWithRoomFor260Characters) {

@@ -1,4 +1,5 @@
 // listRegistry on the registry itself.
+#include <cstring>
 #include <string>
 
 #include "registry_test.h"
@@ -58,7 +59,29 @@ TEST_F(RegistryListing, HandsRootNameAndKeyPathOnAsTheyCame) {
     std::wstring path = keyPath();
     path.replace(0, 8, L"sOFTWARE");
     list(root, path);
-    EXPECT_EQ(collector.places(), (std::map<std::pair<std::wstring, std::wstring>, int>{{{root, path}, 5}}));
+    EXPECT_EQ(collector.places(), (Places{{{root, path}, 5}}));
+}
+
+// No key of this system has a path of that length.
+TEST_F(RegistryListing, HandsOnTheFirst16383CharactersOfAKeyPath) {
+    makeSubkey(L"subkey");
+    const Replacement opening = REPLACE(RegOpenKeyExA, [&](HKEY, LPCSTR path, auto... rest) -> LSTATUS {
+        EXPECT_EQ(std::strlen(path), 20000U);
+        return REAL(RegOpenKeyExA)(key(), "", rest...);
+    });
+    const std::wstring path(20000, L'k');
+    list(root, path);
+    EXPECT_EQ(collector.places(), (Places{{{root, path.substr(0, 16383)}, 1}}));
+}
+
+TEST_F(RegistryListing, ClosesTheKeyBeforeItGivesTheNamesBack) {
+    const Replacement closing = REPLACE(RegCloseKey, [&](HKEY opened) -> LSTATUS {
+        EXPECT_EQ(java.count("ReleaseStringUTFChars"), 0U);
+        return REAL(RegCloseKey)(opened);
+    });
+    list();
+    EXPECT_EQ(closing.count(), 1U);
+    EXPECT_EQ(java.count("ReleaseStringUTFChars"), 2U);
 }
 
 TEST_F(RegistryListing, ListsTheRootItselfForAnEmptyPath) {
@@ -242,6 +265,7 @@ TEST_F(RegistryListing, FindsOnlyAsciiPathsFaithfully) {
     makeSubkey(L"\u00c3\u00a9\\as it is read");
     list(root, keyPath() + L"\\\u00e9");
     EXPECT_THAT(collector.items(), UnorderedElementsAre(subkeyItem(L"as it is read")));
+    EXPECT_EQ(collector.places(), (Places{{{root, keyPath() + L"\\\u00c3\u00a9"}, 1}}));
 }
 
 TEST_F(RegistryListing, ReadsNumbersThatAreTooShortAsFarAsTheyGo) {

@@ -159,6 +159,35 @@ std::wstring RegistryTest::classOf(const std::wstring& subkey) const {
     return text;
 }
 
+std::vector<Replacement> RegistryTest::takeThePlaceOfTheRoot() {
+    const auto expectRoot = [](HKEY root, const auto* path) {
+        EXPECT_EQ(root, HKEY_CURRENT_USER);
+        EXPECT_EQ(path[0], 0);
+    };
+    std::vector<Replacement> replacements;
+    replacements.push_back(
+        REPLACE(RegOpenKeyExA, [this, expectRoot](HKEY root, LPCSTR path, auto... rest) -> LSTATUS {
+            expectRoot(root, path);
+            return REAL(RegOpenKeyExA)(key_, path, rest...);
+        }));
+    replacements.push_back(
+        REPLACE(RegOpenKeyExW, [this, expectRoot](HKEY root, LPCWSTR path, auto... rest) -> LSTATUS {
+            expectRoot(root, path);
+            return REAL(RegOpenKeyExW)(key_, path, rest...);
+        }));
+    replacements.push_back(
+        REPLACE(RegCreateKeyExA, [this, expectRoot](HKEY root, LPCSTR path, auto... rest) -> LSTATUS {
+            expectRoot(root, path);
+            return REAL(RegCreateKeyExA)(key_, path, rest...);
+        }));
+    replacements.push_back(
+        REPLACE(RegCreateKeyExW, [this, expectRoot](HKEY root, LPCWSTR path, auto... rest) -> LSTATUS {
+            expectRoot(root, path);
+            return REAL(RegCreateKeyExW)(key_, path, rest...);
+        }));
+    return replacements;
+}
+
 void PrintTo(const Item& item, std::ostream* stream) {
     *stream << item.method << ' ' << toUtf8(item.name) << " = " << toUtf8(item.value);
 }

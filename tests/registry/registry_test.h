@@ -43,6 +43,10 @@ protected:
     bool hasSubkey(const std::wstring& name) const;
     std::wstring classOf(const std::wstring& subkey) const;
 
+    // Has the library find the test's key where it opens or makes the root itself; any other path fails the
+    // test.
+    std::vector<Replacement> takeThePlaceOfTheRoot();
+
 private:
     std::wstring keyPath_;
     HKEY key_ = nullptr;
@@ -63,6 +67,9 @@ Item numberItem(std::wstring name, std::wstring value);
 Item bytesItem(std::wstring name, std::wstring value);
 Item listItem(std::wstring name, std::wstring value);
 
+// How often each pair of root name and key path came.
+using Places = std::map<std::pair<std::wstring, std::wstring>, int>;
+
 // A collector with all five methods, and what it was given.
 class Collector {
 public:
@@ -72,8 +79,7 @@ public:
     const std::vector<Item>& items() const { return items_; }
     // The item of this name.
     Item find(std::wstring_view name) const;
-    // The different pairs of root name and key path among the calls.
-    const std::map<std::pair<std::wstring, std::wstring>, int>& places() const { return places_; }
+    const Places& places() const { return places_; }
 
     // Has the collector throw at its k-th call.
     void throwAt(std::size_t k, Exception exception);
@@ -87,7 +93,7 @@ private:
     std::string className_;
     JavaObject object_;
     std::vector<Item> items_;
-    std::map<std::pair<std::wstring, std::wstring>, int> places_;
+    Places places_;
     std::size_t throwAt_ = 0;
     Exception exception_;
 };

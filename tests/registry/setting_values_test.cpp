@@ -216,9 +216,12 @@ TEST_F(SettingRegistryValues, WritesWithoutTheOtherViewFromA32BitProcess) {
         *answer = TRUE;
         return TRUE;
     });
-    const Replacement opening = system().watch("RegOpenKeyExA");
+    const Replacement narrowOpening = system().watch("RegOpenKeyExA");
+    const Replacement wideOpening = system().watch("RegOpenKeyExW");
     EXPECT_TRUE(setDword(pathOf(L"value")));
-    EXPECT_EQ(opening.calls().at(0).argument<std::uint32_t>(3), 0x20006U);
+    EXPECT_TRUE(setDwordW(pathOf(L"value")));
+    EXPECT_EQ(narrowOpening.calls().at(0).argument<std::uint32_t>(3), 0x20006U);
+    EXPECT_EQ(wideOpening.calls().at(0).argument<std::uint32_t>(3), 0x20006U);
 }
 
 TEST_F(SettingRegistryValues, NarrowFamilyComparesRootsExactly) {
@@ -251,6 +254,25 @@ TEST_F(SettingRegistryValues, FailsForPathsThatAreNone) {
         EXPECT_FALSE(write(tooLong)) << name;
     }
     EXPECT_EQ(system().count("RegCreateKeyExA") + system().count("RegCreateKeyExW"), 0U);
+}
+
+TEST_F(SettingRegistryValues, FailsForNull) {
+    EXPECT_FALSE(NATIVE(setRegistryDWORD)(nullptr, 1));
+    EXPECT_FALSE(NATIVE(setRegistryString)(nullptr, L"x"));
+    EXPECT_FALSE(NATIVE(setRegistryString)(pathOf(L"value"), nullptr));
+    EXPECT_FALSE(NATIVE(setRegistryMultiString)(nullptr, L"x"));
+    EXPECT_FALSE(NATIVE(setRegistryMultiString)(pathOf(L"value"), nullptr));
+    EXPECT_FALSE(NATIVE(setRegistryBinary)(nullptr, java.byteArray({1}), 0, 1));
+    EXPECT_EQ(system().count("RegCreateKeyExA"), 0U);
+    EXPECT_FALSE(java.isPending());
+}
+
+TEST_F(SettingRegistryValues, WritesIntoTheRootItself) {
+    const std::vector<Replacement> standing = takeThePlaceOfTheRoot();
+    for (const auto& [name, write] : all) {
+        EXPECT_TRUE(write(L"HKEY_CURRENT_USER\\" + toWide(name))) << name;
+        EXPECT_TRUE(stored(toWide(name))) << name;
+    }
 }
 
 TEST_F(SettingRegistryValues, TakesPathsOf1023Characters) {
