@@ -80,11 +80,12 @@ JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_setEnvironmentVariabl
     if (!wideValue && exceptionPending(env)) {
         return;
     }
-    const DWORD code = wideValue ? host::setEnvironmentVariable(wideName.get(), wideValue.get())
-                                 : DWORD{ERROR_NOT_ENOUGH_MEMORY};
-    if (code != NO_ERROR) {
+    const std::optional<DWORD> failure = wideValue
+                                             ? host::setEnvironmentVariable(wideName.get(), wideValue.get())
+                                             : DWORD{ERROR_NOT_ENOUGH_MEMORY};
+    if (failure) {
         ErrorBuffer text;
-        formatWin32Error(L"SetEnvironmentVariableW", code, text.text(), ErrorBuffer::capacity);
+        formatWin32Error(L"SetEnvironmentVariableW", *failure, text.text(), ErrorBuffer::capacity);
         throwIOException(env, text.text());
     }
 }

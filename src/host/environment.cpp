@@ -31,8 +31,11 @@ WideString environmentVariable(const wchar_t* name) noexcept {
     return value;
 }
 
-DWORD setEnvironmentVariable(const wchar_t* name, const wchar_t* value) noexcept {
-    return SetEnvironmentVariableW(name, value) ? DWORD{NO_ERROR} : GetLastError();
+std::optional<DWORD> setEnvironmentVariable(const wchar_t* name, const wchar_t* value) noexcept {
+    if (!SetEnvironmentVariableW(name, value)) {
+        return GetLastError();
+    }
+    return std::nullopt;
 }
 
 bool specialFolder(int folderId, FolderPath& path) noexcept {

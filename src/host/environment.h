@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <optional>
+
 #include "bridge/owners.h"
 
 namespace winutil::host {
@@ -10,8 +12,8 @@ namespace winutil::host {
 // Returns a variable from the C runtime's copy of the environment; none when it is not set.
 WideString environmentVariable(const wchar_t* name) noexcept;
 
-// Sets a variable for the processes that this one starts. Returns a Win32 code, 0 for success.
-DWORD setEnvironmentVariable(const wchar_t* name, const wchar_t* value) noexcept;
+// Sets a variable for the processes that this one starts. Returns the code of a failure, which can be 0.
+std::optional<DWORD> setEnvironmentVariable(const wchar_t* name, const wchar_t* value) noexcept;
 
 // Characters of a special folder's path, the terminator included.
 inline constexpr std::size_t folderPathCapacity = 512;

@@ -2,6 +2,8 @@
 
 #include <userenv.h>
 
+#include <optional>
+
 #include "bridge/errors.h"
 #include "bridge/java_arrays.h"
 #include "process/handle_cell.h"
@@ -21,7 +23,7 @@ void throwFailure(JNIEnv* env, const wchar_t* tag, DWORD code) noexcept {
 
 struct ReadResult {
     jint count = 0;
-    DWORD code = ERROR_SUCCESS;
+    std::optional<DWORD> failure = std::nullopt;  // its code, which can be 0
 };
 
 ReadResult readBytes(HANDLE pipe, jbyte* bytes, jint length) noexcept {
@@ -33,7 +35,7 @@ ReadResult readBytes(HANDLE pipe, jbyte* bytes, jint length) noexcept {
     if (code == ERROR_HANDLE_EOF || code == ERROR_BROKEN_PIPE) {
         return {.count = endOfStream};
     }
-    return {.code = code};
+    return {.failure = code};
 }
 
 }  // namespace
@@ -91,8 +93,8 @@ jint readOutput(JNIEnv* env, const HANDLE* cell, jbyteArray buffer, jint offset,
     }
     const ReadResult result = readBytes(*cell, elements.get() + offset, length);
     elements.release();
-    if (result.code != ERROR_SUCCESS) {
-        throwFailure(env, tag, result.code);
+    if (result.failure) {
+        throwFailure(env, tag, *result.failure);
     }
     return result.count;
 }

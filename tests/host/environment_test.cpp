@@ -148,6 +148,14 @@ TEST_F(Environment, RaisesTheCodeOfAChangeThatFails) {
               ioException(errorMessage(L"SetEnvironmentVariableW", ERROR_ENVVAR_NOT_FOUND)));
 }
 
+TEST_F(Environment, RaisesAChangeThatFailsWithoutACode) {
+    const auto set = system().answer("SetEnvironmentVariableW", FALSE, NO_ERROR);
+
+    NATIVE(setEnvironmentVariable)(L"NAME", L"value");
+
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"SetEnvironmentVariableW", NO_ERROR)));
+}
+
 TEST_F(Environment, SaysSoWhenTheSystemHasNoTextForTheCode) {
     const auto set = system().answer("SetEnvironmentVariableW", FALSE, 0x7000DEAD);
 

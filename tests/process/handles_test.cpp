@@ -249,6 +249,15 @@ TEST_F(HandleTest, ReadHandleTellsEveryOtherFailure) {
     EXPECT_EQ(java.arrayReleases()[0].mode, 0);
 }
 
+TEST_F(HandleTest, ReadHandleTellsAFailureWithoutACode) {
+    HANDLE handle = Ledger::fakeHandle();
+    const auto read = answerReads(FALSE, "", ERROR_SUCCESS);
+
+    EXPECT_EQ(NATIVE(readHandle)(borrowedCell(handle), java.byteArray({0}), 0, 1), 0);
+
+    EXPECT_EQ(java.takeException(), ioException(tagMessage(L"[WindowsUtil:readHandle]", ERROR_SUCCESS)));
+}
+
 TEST_F(HandleTest, ReadHandleOfWhatIsNoCellIsAnInvalidHandle) {
     for (const jlong cell : {jlong{0}, jlong{-1}}) {
         EXPECT_EQ(NATIVE(readHandle)(cell, java.byteArray({0}), 0, 1), 0);
