@@ -10,6 +10,9 @@ namespace {
 
 wchar_t pathAttribute[] = L"ADsPath";
 
+// How many rows with another success than S_OK a search may give.
+constexpr unsigned flawedRowLimit = 1000;
+
 // The rows that a search found, until the end of the scope.
 class Rows {
 public:
@@ -27,8 +30,19 @@ public:
         }
     }
 
-    // False behind the last row (S_ADS_NOMORE_ROWS), and where the directory fails.
-    bool next() noexcept { return handle_ != nullptr && search_->GetNextRow(handle_) == S_OK; }
+    // False behind the last row, and where the directory fails.
+    bool next() noexcept {
+        if (handle_ == nullptr) {
+            return false;
+        }
+        const HRESULT result = search_->GetNextRow(handle_);
+        if (result == S_OK) {
+            return true;
+        }
+        // A row that comes with errors (S_ADS_ERRORSOCCURRED) is one nevertheless. The limit is for a search
+        // that has nothing else to give, and no end.
+        return SUCCEEDED(result) && result != S_ADS_NOMORE_ROWS && ++flawedRows_ < flawedRowLimit;
+    }
 
     // Returns the current row's path, or none.
     WideString path() noexcept {
@@ -48,6 +62,7 @@ public:
 private:
     IDirectorySearch* search_;
     ADS_SEARCH_HANDLE handle_ = nullptr;
+    unsigned flawedRows_ = 0;
 };
 
 bool searchWholeSubtree(IDirectorySearch* search) noexcept {

@@ -151,7 +151,8 @@ HRESULT FakeSearch::GetNextRow(ADS_SEARCH_HANDLE handle) {
         return failure;
     }
     Found& search = found(handle);
-    return search.next++ < search.rows.size() ? S_OK : noMoreRows;
+    const std::size_t row = search.next++;
+    return row < search.rows.size() ? search.rows[row].result : noMoreRows;
 }
 
 HRESULT FakeSearch::GetColumn(ADS_SEARCH_HANDLE handle, LPWSTR name, PADS_SEARCH_COLUMN column) {

@@ -253,6 +253,29 @@ TEST_F(Membership, TakesTheLastRowThatIsAUser) {
     EXPECT_THAT(directory.questions(), ElementsAre(group(L"Staff") + L" has " + alice));
 }
 
+// S_ADS_ERRORSOCCURRED: there is a row, and something was amiss.
+constexpr HRESULT errorsOccurred = 0x5011;
+
+TEST_F(Membership, IsLookedForBehindRowsThatComeWithErrors) {
+    directory.rows[L"(&(objectClass=user)(samAccountName=alice))"] = {
+        {.path = L"LDAP://gone", .result = errorsOccurred}, {.path = alice}};
+    addGroup(L"Staff", {alice});
+
+    EXPECT_THAT(isMemberOf({L"Staff"}), IsEmpty());
+
+    EXPECT_THAT(directory.questions(), SizeIs(1));
+}
+
+TEST_F(Membership, IsNotLookedForBehindErrorsWithoutEnd) {
+    directory.rows[L"(&(objectClass=user)(samAccountName=alice))"] =
+        std::vector<DirectoryRow>(100000, {.path = L"LDAP://gone", .result = errorsOccurred});
+    addGroup(L"Staff", {alice});
+
+    EXPECT_THAT(isMemberOf({L"Staff"}), ElementsAre(L"Staff"));
+
+    EXPECT_EQ(directory.count("GetNextRow"), 1000u);
+}
+
 TEST_F(Membership, TakesTheLastRowThatIsAGroup) {
     addGroup(L"Staff", {});
     addGroup(L"Other staff", {alice});

@@ -37,6 +37,7 @@ struct DirectoryRow {
     std::wstring path;
     bool readable = true;
     ADSTYPE type = ADSTYPE_CASE_IGNORE_STRING;
+    HRESULT result = S_OK;  // what the search answers when it comes to this row
 };
 
 class FakeDirectory;
