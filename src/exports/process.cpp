@@ -1,4 +1,5 @@
 // Processes: launching them, what becomes of them, and looking at others.
+#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
 #include "exports/entry.h"
 #include "process/child.h"
@@ -85,5 +86,8 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_terminateProcessB
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isServiceRunning(JNIEnv* env, jobject,
                                                                                 jstring serviceName) {
     const WideString name = toWideString(env, serviceName);
-    return toJava(name && process::isServiceRunning(env, name.get()));
+    if (!name && exceptionPending(env)) {
+        return JNI_FALSE;
+    }
+    return toJava(process::isServiceRunning(env, name.get()));
 }

@@ -22,6 +22,9 @@ struct ServiceHandleKind {
 using ServiceHandle = Owned<ServiceHandleKind>;
 
 bool queryState(const wchar_t* name, DWORD& state, ErrorBuffer& failure) noexcept {
+    if (name == nullptr) {
+        return failed(failure, ERROR_NOT_ENOUGH_MEMORY, L"%s", tag);
+    }
     const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     if (!manager) {
         return failed(failure, GetLastError(), L"%s OpenSCManager failed.", tag);

@@ -111,7 +111,10 @@ TEST_F(ServiceTest, AsksNobodyWithoutMemoryForTheName) {
 
     EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     const auto allocation = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+
     EXPECT_FALSE(NATIVE(isServiceRunning)(L"PlugPlay"));
+
+    EXPECT_EQ(java.takeException(), ioException(stepMessage(tag, ERROR_NOT_ENOUGH_MEMORY)));
     EXPECT_EQ(system().count("OpenSCManagerW"), 0u);
 }
 
