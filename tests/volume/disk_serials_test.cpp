@@ -25,11 +25,11 @@ TEST_F(DiskSerials, AreReportedInTheirOrderWithTheSystemDiskMarked) {
     EXPECT_EQ(services.query, L"SELECT * FROM Win32_DiskDrive");
 }
 
-TEST_F(DiskSerials, GoBackWithEverythingElseAndEndComLast) {
+TEST_F(DiskSerials, FollowTheSystemDiskAndGoBackWithEverythingElseAndEndComLast) {
     found(disk(L"\\\\.\\PHYSICALDRIVE0", L"zero"));
     list();
-    EXPECT_EQ(events, (Events{"initialize", "release object", "release enumeration", "release services",
-                              "release locator", "uninitialize"}));
+    EXPECT_EQ(events, (Events{"ask for the system disk", "initialize", "release object",
+                              "release enumeration", "release services", "release locator", "uninitialize"}));
 }
 
 TEST_F(DiskSerials, AreThoseOfPhysicalDrivesInAnySpelling) {

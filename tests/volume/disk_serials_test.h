@@ -114,6 +114,8 @@ private:
         asked.push_back(code);
         switch (code) {
             case 0x2D1080:
+                events.push_back("ask for the system disk");
+                EXPECT_EQ(in, nullptr);
                 EXPECT_EQ(inSize, 0U);
                 EXPECT_EQ(outSize, 12U);
                 if (!numberMissing) {
@@ -121,6 +123,7 @@ private:
                 }
                 return numberError == 0 ? TRUE : fail(numberError);
             case 0x74080:
+                EXPECT_EQ(in, nullptr);
                 EXPECT_EQ(inSize, 0U);
                 EXPECT_EQ(outSize, 24U);
                 return versionError == 0 ? TRUE : fail(versionError);
@@ -147,10 +150,12 @@ private:
     }
 
     Replacement opening_ = REPLACE(CreateFileA, [this](auto... arguments) { return open(arguments...); });
-    Replacement asking_ = REPLACE(
-        DeviceIoControl,
-        [this](HANDLE, DWORD code, LPVOID in, DWORD inSize, LPVOID out, DWORD outSize, LPDWORD returned,
-               LPOVERLAPPED) { return answer(code, in, inSize, out, outSize, returned); });
+    Replacement asking_ =
+        REPLACE(DeviceIoControl, [this](HANDLE, DWORD code, LPVOID in, DWORD inSize, LPVOID out,
+                                        DWORD outSize, LPDWORD returned, LPOVERLAPPED overlapped) {
+            EXPECT_EQ(overlapped, nullptr);
+            return answer(code, in, inSize, out, outSize, returned);
+        });
     Replacement windows_ = REPLACE(GetWindowsDirectoryA, [this](LPSTR buffer, UINT) {
         std::memcpy(buffer, windowsFolder.c_str(), windowsFolder.size() + 1);
         return static_cast<UINT>(windowsFolder.size());

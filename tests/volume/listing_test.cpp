@@ -140,6 +140,15 @@ TEST_F(VolumeListing, EndsQuietlyWithoutTheCollectorsMethod) {
     EXPECT_THAT(printed, IsEmpty());
 }
 
+TEST_F(VolumeListing, EndsQuietlyWithoutTheCollectorsClass) {
+    FakeMachine machine(system(), {{.name = volumeName(1)}, {.name = volumeName(2)}});
+    java.failCall("GetObjectClass");
+    EXPECT_THAT(list(), IsEmpty());
+    EXPECT_FALSE(java.isPending());
+    EXPECT_EQ(machine.nameRooms.size(), 1U);
+    EXPECT_THAT(printed, IsEmpty());
+}
+
 TEST_F(VolumeListing, DoesNotCareWhatAddAnswers) {
     FakeMachine machine(system(), {{.name = volumeName(1)}, {.name = volumeName(2)}});
     Texts added;

@@ -73,14 +73,18 @@ FakeMachine::FakeMachine(SystemCalls& calls, std::vector<FakeVolume> given)
                                         return giveMountPoints(name, buffer, room, required);
                                     }));
     replacements_.push_back(
-        REPLACE(CreateFileW, [this](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES,
-                                    DWORD disposition, DWORD flags, HANDLE) {
+        REPLACE(CreateFileW, [this](LPCWSTR path, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security,
+                                    DWORD disposition, DWORD flags, HANDLE pattern) {
+            EXPECT_EQ(security, nullptr);
+            EXPECT_EQ(pattern, nullptr);
             opened.push_back({path, access, sharing, disposition, flags});
             return open(path);
         }));
     replacements_.push_back(
-        REPLACE(DeviceIoControl, [this](HANDLE device, DWORD code, LPVOID, DWORD inSize, LPVOID out,
-                                        DWORD outSize, LPDWORD returned, LPOVERLAPPED) {
+        REPLACE(DeviceIoControl, [this](HANDLE device, DWORD code, LPVOID in, DWORD inSize, LPVOID out,
+                                        DWORD outSize, LPDWORD returned, LPOVERLAPPED overlapped) {
+            EXPECT_EQ(in, nullptr);
+            EXPECT_EQ(overlapped, nullptr);
             asked.push_back({device, code, inSize, outSize});
             return answerDevice(device, code, out, outSize, returned);
         }));
