@@ -156,6 +156,25 @@ TEST_F(WmiSession, SaysWhichQueryFailed) {
     }
 }
 
+TEST_F(WmiSession, TakesASuccessWithoutAnObjectForAFailure) {
+    for (const Method& method : methods()) {
+        const std::pair<bool*, std::wstring> steps[] = {
+            {&createsNothing, L"Failed to create IWbemLocator object."},
+            {&locator.givesNothing, L"Could not connect [ROOT\\CIMV2]"},
+            {&services.givesNothing, method.failureText}};
+        for (const auto& [step, message] : steps) {
+            SCOPED_TRACE(method.name);
+            *step = true;
+
+            method.call();
+
+            *step = false;
+            EXPECT_EQ(java.takeException(), ioException(message));
+            EXPECT_TRUE(ledger().isEmpty());
+        }
+    }
+}
+
 TEST_F(WmiSession, NeedsMemoryForItsTexts) {
     const Method model = methods().front();
     const std::wstring messages[] = {L"Could not connect [ROOT\\CIMV2]", model.failureText,

@@ -113,6 +113,7 @@ public:
         : WmiServicesBase(ledger, IID_IWbemServices), events_(events), enumeration_(enumeration) {}
 
     HRESULT queryResult = S_OK;
+    bool givesNothing = false;  // whatever the result is
     std::wstring language;
     std::wstring query;
     LONG flags = 0;
@@ -124,7 +125,7 @@ public:
         query.assign(text, SysStringLen(text));
         flags = queryFlags;
         EXPECT_EQ(context, nullptr);
-        *result = SUCCEEDED(queryResult) ? enumeration_.referenced() : nullptr;
+        *result = SUCCEEDED(queryResult) && !givesNothing ? enumeration_.referenced() : nullptr;
         return queryResult;
     }
     ULONG WINAPI Release() override {
@@ -143,6 +144,7 @@ public:
         : FakeCom(ledger, IID_IWbemLocator), events_(events), services_(services) {}
 
     HRESULT connectResult = S_OK;
+    bool givesNothing = false;  // whatever the result is
     std::wstring path;
 
     HRESULT WINAPI ConnectServer(BSTR resource, BSTR user, BSTR password, BSTR locale, LONG flags,
@@ -154,7 +156,7 @@ public:
         EXPECT_EQ(flags, 0);
         EXPECT_EQ(authority, nullptr);
         EXPECT_EQ(context, nullptr);
-        *result = SUCCEEDED(connectResult) ? services_.referenced() : nullptr;
+        *result = SUCCEEDED(connectResult) && !givesNothing ? services_.referenced() : nullptr;
         return connectResult;
     }
     ULONG WINAPI Release() override {
@@ -173,6 +175,7 @@ protected:
     HRESULT initializeResult = S_OK;
     HRESULT securityResult = S_OK;
     HRESULT createResult = S_OK;
+    bool createsNothing = false;  // whatever the result is
     HRESULT blanketResult = S_OK;
     WmiEnumeration enumeration{ledger(), events};
     WmiServices services{ledger(), events, enumeration};
@@ -209,7 +212,7 @@ protected:
                 EXPECT_EQ(outer, nullptr);
                 EXPECT_EQ(context, 1u);
                 EXPECT_TRUE(IsEqualIID(iid, IID_IWbemLocator));
-                *object = SUCCEEDED(createResult) ? locator.referenced() : nullptr;
+                *object = SUCCEEDED(createResult) && !createsNothing ? locator.referenced() : nullptr;
                 return createResult;
             }));
         replacements_.push_back(
