@@ -286,6 +286,15 @@ TEST_F(HandshakeTest, TakesNobodyForTheGuestWhoCannotBeAsked) {
     check("GetTokenInformation", FALSE, ERROR_INVALID_HANDLE);
 }
 
+TEST_F(HandshakeTest, LeavesWhyTheGuestIsNotKnownAsTheLastError) {
+    giveToken();
+    const auto modals = system().answer("NetUserModalsGet", NERR_BASE, 0);
+
+    validate();
+
+    EXPECT_EQ(provider.errorAtEnd, static_cast<DWORD>(NERR_BASE));
+}
+
 TEST_F(HandshakeTest, TakesNobodyForTheGuestWithoutMemory) {
     const auto guest = tokenUserIs(L"S-1-5-21-0-0-0-501");
     giveToken();

@@ -1,4 +1,5 @@
 // Acting as another account on the calling thread, and presenting credentials.
+#include "switched_privileges.h"
 #include "thread_token.h"
 #include "winutil_test.h"
 
@@ -28,14 +29,6 @@ protected:
         });
     }
 
-    // The privileges that are switched, in their order.
-    Replacement watchPrivileges() {
-        return REPLACE(LookupPrivilegeValueA, [this](LPCSTR machine, LPCSTR name, PLUID luid) {
-            privileges.emplace_back(name);
-            return REAL(LookupPrivilegeValueA)(machine, name, luid);
-        });
-    }
-
     JavaObject impersonate() { return NATIVE(impersonateUser)(L"DOM", L"user", L"secret"); }
 
     std::vector<std::string> given;
@@ -53,8 +46,17 @@ TEST_F(LogonTest, ActsAsTheAccountUntilToldToActAsItself) {
     EXPECT_FALSE(isImpersonating());
 }
 
+TEST_F(LogonTest, HandsTheAccountOnAsModifiedUtf8) {
+    const auto logon = acceptLogon();
+
+    NATIVE(impersonateUser)(L"D\u00e4", L"\u20acuser", L"s\u00e4\u20ac");
+
+    EXPECT_THAT(given, ElementsAre("\xe2\x82\xacuser", "D\xc3\xa4", "s\xc3\xa4\xe2\x82\xac", "2", "0"));
+    NATIVE(impersonateToSelf)();
+}
+
 TEST_F(LogonTest, SwitchesThePrivilegesOfALogonOnBeforeIt) {
-    const auto watch = watchPrivileges();
+    const auto watch = recordPrivileges(system(), privileges);
     const auto logon = REPLACE(LogonUserA, [this](LPCSTR, LPCSTR, LPCSTR, DWORD, DWORD, PHANDLE) {
         privileges.emplace_back("logon");
         SetLastError(ERROR_LOGON_FAILURE);
@@ -63,8 +65,8 @@ TEST_F(LogonTest, SwitchesThePrivilegesOfALogonOnBeforeIt) {
 
     impersonate();
 
-    EXPECT_THAT(privileges,
-                ElementsAre("SeTcbPrivilege", "SeChangeNotifyPrivilege", "SeImpersonatePrivilege", "logon"));
+    EXPECT_THAT(privileges, ElementsAre("SeTcbPrivilege on", "SeChangeNotifyPrivilege on",
+                                        "SeImpersonatePrivilege on", "logon"));
     java.takeException();
 }
 
@@ -156,7 +158,7 @@ TEST_F(LogonTest, ImpersonateToSelfTellsItsFailureWithAnEmptyTag) {
 
 TEST_F(LogonTest, NetworkAuthenticatePresentsTheCredentialsAndKeepsNoLogon) {
     std::vector<std::wstring> presented;
-    const auto watch = watchPrivileges();
+    const auto watch = recordPrivileges(system(), privileges);
     const auto logon = REPLACE(LogonUserW, [&](LPCWSTR user, LPCWSTR domain, LPCWSTR password, DWORD type,
                                                DWORD provider, PHANDLE token) {
         presented = {user, domain, password, std::to_wstring(type), std::to_wstring(provider)};

@@ -128,6 +128,9 @@ SECURITY_STATUS WINAPI complete(PCtxtHandle context, PSecBufferDesc token) {
 }
 
 SECURITY_STATUS WINAPI deleteContext(PCtxtHandle context) {
+    if (sideName(context->dwLower) == "client") {
+        current->errorAtEnd = GetLastError();
+    }
     note("delete context of " + sideName(context->dwLower));
     --current->live;
     return SEC_E_OK;

@@ -6,6 +6,7 @@
 #include <winnetwk.h>
 
 #include "scripted_provider.h"
+#include "switched_privileges.h"
 #include "winutil_test.h"
 
 namespace {
@@ -72,10 +73,7 @@ Thrown restriction(std::wstring message) {
 TEST_F(ValidationTest, AcceptsWhatTheLogonAcceptsAndKeepsNoLogon) {
     std::vector<std::wstring> given;
     std::vector<std::string> privileges;
-    const auto lookup = REPLACE(LookupPrivilegeValueA, [&](LPCSTR machine, LPCSTR name, PLUID luid) {
-        privileges.emplace_back(name);
-        return REAL(LookupPrivilegeValueA)(machine, name, luid);
-    });
+    const auto watch = recordPrivileges(system(), privileges);
     const auto logon = REPLACE(LogonUserW, [&](LPCWSTR user, LPCWSTR domain, LPCWSTR password, DWORD type,
                                                DWORD kind, PHANDLE token) {
         given = {user, domain, password, std::to_wstring(type), std::to_wstring(kind)};
@@ -87,7 +85,7 @@ TEST_F(ValidationTest, AcceptsWhatTheLogonAcceptsAndKeepsNoLogon) {
 
     EXPECT_THAT(given, ElementsAre(L"user", L"DOM", L"secret", L"2", L"0"));
     EXPECT_THAT(privileges,
-                ElementsAre("SeTcbPrivilege", "SeChangeNotifyPrivilege", "SeImpersonatePrivilege"));
+                ElementsAre("SeTcbPrivilege on", "SeChangeNotifyPrivilege on", "SeImpersonatePrivilege on"));
     EXPECT_EQ(system().count("GetComputerNameExW"), 0u);
 }
 

@@ -7,7 +7,6 @@ using namespace testbed;
 
 constexpr char processClass[] = "com/qarvo/kel/util/WinProcess";
 constexpr char processSignature[] = "(JLcom/qarvo/kel/util/WinPipe;Lcom/qarvo/kel/util/WinPipe;JJ)V";
-constexpr char pipeClass[] = "com/qarvo/kel/util/WinPipe";
 
 // A step of a launch that fails, its message behind the tag, and what is still held at the end.
 struct FailedStep {

@@ -1,5 +1,6 @@
 // Launches that succeed: each call, its arguments, and what the launch keeps.
 #include "launch_test.h"
+#include "switched_privileges.h"
 
 namespace {
 
@@ -9,7 +10,6 @@ using ::testing::ElementsAre;
 using ::testing::Not;
 
 constexpr char processClass[] = "com/qarvo/kel/util/WinProcess";
-constexpr char pipeClass[] = "com/qarvo/kel/util/WinPipe";
 
 class UserLaunch : public LaunchTest {
 protected:
@@ -22,11 +22,12 @@ class SessionLaunch : public LaunchTest {};
 TEST_F(UserLaunch, TakesItsStepsInOrder) {
     release(launchUser());
 
-    EXPECT_THAT(events, ElementsAre("CreatePipe", "CreatePipe", "keep stdout", "keep stderr", "LogonUserW",
-                                    "GetUserProfileDirectoryW", "SeBackupPrivilege", "SeRestorePrivilege",
-                                    "LoadUserProfileW", "GetTokenInformation", "DuplicateTokenEx",
-                                    "CreateEnvironmentBlock", "ImpersonateLoggedOnUser",
-                                    "CreateProcessAsUserW", "RevertToSelf"));
+    EXPECT_THAT(events,
+                ElementsAre("CreatePipe", "CreatePipe", "keep stdout", "keep stderr", "LogonUserW",
+                            "GetUserProfileDirectoryW", "SeBackupPrivilege", "SeRestorePrivilege",
+                            "LoadUserProfileW", "GetTokenInformation", "DuplicateTokenEx",
+                            "CreateEnvironmentBlock", "ImpersonateLoggedOnUser", "CreateProcessAsUserW",
+                            "RevertToSelf", "WinPipe of stdout", "WinPipe of stderr"));
 }
 
 TEST_F(UserLaunch, LogsTheAccountOnAndLoadsItsProfile) {
@@ -37,17 +38,12 @@ TEST_F(UserLaunch, LogsTheAccountOnAndLoadsItsProfile) {
 }
 
 TEST_F(UserLaunch, SwitchesBothPrivilegesOnAndLeavesThemOn) {
-    std::vector<DWORD> attributes;
-    const auto adjusting = REPLACE(
-        AdjustTokenPrivileges, [&](HANDLE token, BOOL disableAll, PTOKEN_PRIVILEGES request, auto... rest) {
-            EXPECT_FALSE(disableAll);
-            attributes.push_back(request->Privileges[0].Attributes);
-            return REAL(AdjustTokenPrivileges)(token, disableAll, request, rest...);
-        });
+    std::vector<std::string> switched;
+    const auto watch = recordPrivileges(system(), switched);
 
     release(launchUser());
 
-    EXPECT_THAT(attributes, ElementsAre(DWORD{SE_PRIVILEGE_ENABLED}, DWORD{SE_PRIVILEGE_ENABLED}));
+    EXPECT_THAT(switched, ElementsAre("SeBackupPrivilege on", "SeRestorePrivilege on"));
 }
 
 TEST_F(UserLaunch, StartsTheChildWithTheElevatedTokenAndTheWriteEnds) {
@@ -159,9 +155,10 @@ TEST_F(UserLaunch, ClosesTheWriteEndsSoThatTheStreamsEndWithTheChild) {
 TEST_F(SessionLaunch, TakesItsStepsInOrderWithoutProfilePrivilegesOrImpersonation) {
     release(launchSession());
 
-    EXPECT_THAT(events, ElementsAre("CreatePipe", "CreatePipe", "keep stdout", "keep stderr",
-                                    "WTSQueryUserToken", "GetTokenInformation", "DuplicateTokenEx",
-                                    "CreateEnvironmentBlock", "CreateProcessAsUserW"));
+    EXPECT_THAT(events,
+                ElementsAre("CreatePipe", "CreatePipe", "keep stdout", "keep stderr", "WTSQueryUserToken",
+                            "GetTokenInformation", "DuplicateTokenEx", "CreateEnvironmentBlock",
+                            "CreateProcessAsUserW", "WinPipe of stdout", "WinPipe of stderr"));
 }
 
 TEST_F(SessionLaunch, StartsTheChildWithTheElevatedTokenOfTheSession) {

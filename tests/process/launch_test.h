@@ -17,6 +17,7 @@ namespace testbed {
 
 inline const std::wstring userTag = L"[WindowsUtil:createProcessAsUserN]";
 inline const std::wstring sessionTag = L"[WindowsUtil:createProcessAsUserSession]";
+inline constexpr char pipeClass[] = "com/qarvo/kel/util/WinPipe";
 
 class LaunchTest : public ProcessTest {
 protected:
@@ -24,6 +25,11 @@ protected:
         replacePipes();
         replaceAccounts();
         replaceStart();
+        java.removeMethod(pipeClass, "<init>", "(J)V");
+        java.defineMethod(pipeClass, "<init>", "(J)V", [this](const Arguments& arguments) {
+            events.emplace_back(cellContent(arguments[0]) == outputRead ? "WinPipe of stdout"
+                                                                        : "WinPipe of stderr");
+        });
     }
 
     JavaObject launchUser() {
@@ -48,7 +54,8 @@ protected:
         NATIVE(unloadUserProfile)(arguments[3].number(), arguments[4].number());
     }
 
-    // The functions in the order in which they were called, without those of the ordinary course of a call.
+    // The functions in the order in which they were called, without those of the ordinary course of a call,
+    // and the pipes in the order in which they were made for Java.
     std::vector<std::string> events;
 
     HANDLE outputRead = nullptr;
