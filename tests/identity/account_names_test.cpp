@@ -146,13 +146,15 @@ TEST_F(AccountNames, GiveNoNetBiosNameWithoutMemory) {
 
 TEST_F(AccountNames, GiveTheSidOfTheProcessUser) {
     const auto threadToken = system().watch("OpenThreadToken");
+    const auto ownToken = system().watch(processToken);
 
     EXPECT_EQ(NATIVE(getSID)().text(), toWide(processUserSid()));
 
     ASSERT_EQ(threadToken.count(), 1u);
     EXPECT_EQ(threadToken.calls()[0].argument<DWORD>(1), static_cast<DWORD>(TOKEN_QUERY));
     EXPECT_EQ(threadToken.calls()[0].argument<BOOL>(2), TRUE);
-    EXPECT_EQ(system().count(processToken), 1u);
+    ASSERT_EQ(ownToken.count(), 1u);
+    EXPECT_EQ(ownToken.calls()[0].argument<DWORD>(1), static_cast<DWORD>(TOKEN_QUERY));
 }
 
 TEST_F(AccountNames, GiveTheSidOfTheImpersonatedUser) {

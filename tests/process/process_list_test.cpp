@@ -65,6 +65,10 @@ protected:
             opened.push_back(id);
             return REAL(OpenProcess)(access, inherit, GetCurrentProcessId());
         }));
+        replacements_.push_back(REPLACE(OpenProcessToken, [](HANDLE process, DWORD access, PHANDLE token) {
+            EXPECT_EQ(access, 8u);
+            return REAL(OpenProcessToken)(process, access, token);
+        }));
         replacements_.push_back(REPLACE(ProcessIdToSessionId, [](DWORD id, DWORD* session) {
             *session = 1000 + id;
             return TRUE;

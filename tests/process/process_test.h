@@ -22,7 +22,8 @@ protected:
 
 private:
     std::vector<std::wstring> printed_;
-    Replacement printing_ = REPLACE(fputws, [this](const wchar_t* text, FILE*) {
+    Replacement printing_ = REPLACE(fputws, [this](const wchar_t* text, FILE* stream) {
+        EXPECT_EQ(_fileno(stream), 1);
         printed_.emplace_back(text);
         return 0;
     });
