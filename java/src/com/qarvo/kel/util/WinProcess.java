@@ -89,14 +89,16 @@ public class WinProcess implements Closeable {
      * Waits until the process has ended, without a time limit; an interrupt of the thread does not end the wait.
      *
      * @return the exit code
-     * @throws IOException when the exit code cannot be read
+     * @throws IOException when the wait fails, or the exit code cannot be read
      * @throws IllegalStateException when this object is closed
      */
     public int waitFor() throws IOException {
         enter();
         try {
             WindowsUtil windows = new WindowsUtil();
-            windows.waitForSingleObject(handle);
+            if (windows.waitForSingleObject(handle) < 0) {
+                throw new IOException("The wait for the process failed.");
+            }
             return windows.exitValue(handle);
         } finally {
             resource.leave();

@@ -9,10 +9,15 @@ import com.qarvo.kel.util.Win32;
 import com.qarvo.kel.util.WinPipe;
 import com.qarvo.kel.util.WinProcess;
 import com.qarvo.kel.util.WinProcessInfo;
+import com.sun.jna.Memory;
+import com.sun.jna.Native;
+import com.sun.jna.Pointer;
 import com.sun.jna.platform.win32.Advapi32Util;
 import com.sun.jna.platform.win32.Kernel32;
 import com.sun.jna.platform.win32.Kernel32Util;
 import com.sun.jna.platform.win32.WinDef.DWORD;
+import com.sun.jna.platform.win32.WinNT;
+import com.sun.jna.platform.win32.WinNT.HANDLE;
 import com.sun.jna.ptr.IntByReference;
 import java.io.IOException;
 import java.io.UncheckedIOException;
@@ -131,6 +136,22 @@ class ProcessesTest extends EndToEnd {
             process.end();
             assertEquals(0, process.waitFor());
             assertEquals("eady", text(readAll(process.getStandardOutput())));
+        }
+    }
+
+    /** A process may be asked for its exit code and yet not waited for, as its handle has it. */
+    @Test
+    void aWaitThatFailsIsNoEnd() {
+        HANDLE handle = Kernel32.INSTANCE.OpenProcess(WinNT.PROCESS_QUERY_INFORMATION, false, (int) OWN_ID);
+        Memory cell = new Memory(Native.POINTER_SIZE);
+        cell.setPointer(0, handle.getPointer());
+        // Not closed: the cell is the test's own.
+        WinProcess process = new WinProcess(Pointer.nativeValue(cell), new WinPipe(0), new WinPipe(0), 0, 0);
+        try {
+            assertFails(IOException.class, "The wait for the process failed.", process::waitFor);
+        } finally {
+            Kernel32.INSTANCE.CloseHandle(handle);
+            cell.clear();
         }
     }
 
