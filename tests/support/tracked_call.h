@@ -54,6 +54,10 @@ private:
     DWORD error_ = GetLastError();
 };
 
+// No function need leave the last error alone because it succeeds. One that gives something back never does
+// here, so that whoever reads the last error behind a clean-up reads this.
+constexpr DWORD errorOfCleanUp = 0x0BADBAD0;
+
 // Takes a value out of the ledger ahead of the call that gives it back: once the system has it, another
 // thread may get the same one.
 class GivingBack {
@@ -154,13 +158,17 @@ struct Gives<R(Args...), kind, index, success, allowsNull> {
             if (giving.reachesSystem()) {
                 passOn<R>(intercepted, args...);
             }
+            SetLastError(errorOfCleanUp);
         } else {
             if (!giving.reachesSystem()) {
+                SetLastError(errorOfCleanUp);
                 return detail::fromWord<R>(success == Success::nonZero ? 1 : 0);
             }
             const R result = passOn<R>(intercepted, args...);
-            const LastErrorKeeper keeper;
-            if (!succeeded<success>(result)) {
+            if (succeeded<success>(result)) {
+                SetLastError(errorOfCleanUp);
+            } else {
+                const LastErrorKeeper keeper;
                 giving.undo();
             }
             return result;

@@ -160,9 +160,9 @@ BOOL WINAPI impersonateSelf(SECURITY_IMPERSONATION_LEVEL level) {
 BOOL WINAPI revert() {
     const InterceptedCall call;
     const BOOL done = passOn<BOOL>(call);
-    const LastErrorKeeper keeper;
     if (done) {
         call.ledger().drop(Kind::impersonation, GetCurrentThreadId());
+        SetLastError(errorOfCleanUp);
     }
     return done;
 }
@@ -193,6 +193,7 @@ void WINAPI uninitializeCom() {
     if (giving.reachesSystem()) {
         passOn<void>(call);
     }
+    SetLastError(errorOfCleanUp);
 }
 
 struct TrackedFunction {

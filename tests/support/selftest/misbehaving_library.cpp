@@ -123,6 +123,14 @@ EXPORTED DWORD lastErrorAfterAllocation(DWORD before) {
     return after;
 }
 
+// And behind a clean-up that succeeds.
+EXPORTED DWORD lastErrorAfterClose(DWORD before) {
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    SetLastError(before);
+    CloseHandle(event);
+    return GetLastError();
+}
+
 EXPORTED DWORD lastErrorOfAttributes(const wchar_t* path) {
     SetLastError(0);
     return GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES ? GetLastError() : 0;

@@ -59,6 +59,15 @@ TEST_F(SystemCallsTest, LeavesTheLastErrorAsTheCallLeftIt) {
     EXPECT_EQ(exported<DWORD(DWORD)>("lastErrorAfterAllocation")(4711), 4711u);
 }
 
+TEST_F(SystemCallsTest, SpoilsTheLastErrorBehindACleanUp) {
+    auto* lastError = exported<DWORD(DWORD)>("lastErrorAfterClose");
+    EXPECT_NE(lastError(4711), 4711u);
+
+    const auto close = system().replace<decltype(CloseHandle)>(
+        "CloseHandle", [](HANDLE event) { return CloseHandle(event); });
+    EXPECT_NE(lastError(4711), 4711u);
+}
+
 TEST_F(SystemCallsTest, AnswersWithAResultAndALastError) {
     const auto answer =
         system().answer("GetFileAttributesW", INVALID_FILE_ATTRIBUTES, DWORD{ERROR_SHARING_VIOLATION});
