@@ -320,6 +320,8 @@ void JNICALL releaseByteArrayElements(JNIEnv* env, jbyteArray reference, jbyte* 
         return;
     }
     java.arrayReleases.push_back({pin->object, mode});
+    // A virtual machine leaves whatever it likes as the thread's last error.
+    SetLastError(ERROR_INVALID_FUNCTION);
     std::vector<jbyte>& content = pin->object.bytes();
     if (mode != JNI_ABORT && !content.empty()) {
         std::memcpy(content.data(), pin->buffer.data(), content.size());

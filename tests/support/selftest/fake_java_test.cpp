@@ -117,6 +117,18 @@ TEST_F(FakeJavaTest, CopiesArrayElementsBackUnlessToldNotTo) {
     EXPECT_EQ(java.arrayReleases()[1].mode, JNI_ABORT);
 }
 
+TEST_F(FakeJavaTest, LeavesAnErrorOfItsOwnBehindReleasedElements) {
+    asNative(
+        [](JNIEnv* env, jobject, jobject argument) {
+            const auto bytes = static_cast<jbyteArray>(argument);
+            jbyte* elements = env->GetByteArrayElements(bytes, nullptr);
+            SetLastError(ERROR_DISK_FULL);
+            env->ReleaseByteArrayElements(bytes, elements, JNI_ABORT);
+            EXPECT_NE(GetLastError(), DWORD{ERROR_DISK_FULL});
+        },
+        java.byteArray({1}));
+}
+
 TEST_F(FakeJavaTest, NoticesElementsThatAreOnlyCommitted) {
     EXPECT_THAT(complaintsAbout(
                     [](JNIEnv* env, jobject, jobject argument) {
