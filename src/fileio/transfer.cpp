@@ -28,7 +28,9 @@ void throwInvalidRecord(JNIEnv* env, const wchar_t* tag) noexcept {
 
 // The tests of a sector size being a power of two, as the callers' contract says: no division.
 bool isSectorMultiple(std::uintptr_t value, jint sectorSize) noexcept {
-    return (value & static_cast<std::uintptr_t>(sectorSize - 1)) == 0;
+    // Java may pass any number, the smallest too, from which 1 can be taken only without a sign.
+    const auto mask = static_cast<jint>(static_cast<std::uint32_t>(sectorSize) - 1);
+    return (value & static_cast<std::uintptr_t>(mask)) == 0;
 }
 
 bool isUnbuffered(const OpenFileRecord* record) noexcept {
