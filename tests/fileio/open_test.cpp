@@ -1,5 +1,5 @@
 // Opening and creating files.
-#include "winutil_test.h"
+#include "preallocation_steps.h"
 
 namespace {
 
@@ -53,6 +53,54 @@ protected:
 
     std::vector<OpenCall> opens;
 };
+
+// What lies behind a Java long, field by field.
+struct OpenRecord {
+    const wchar_t* path;
+    HANDLE* handleCell;
+    std::int64_t position;
+    std::int64_t fileSize;
+    DWORD flags;
+    DWORD access;
+    std::int64_t preallocatedSize;
+};
+
+OpenRecord recordAt(jlong address) {
+    return *reinterpret_cast<const OpenRecord*>(address);
+}
+
+TEST_F(OpenTest, KeepsInTheRecordWhatTheCallerAskedFor) {
+    const jint flags = static_cast<jint>(FILE_FLAG_SEQUENTIAL_SCAN);
+    const auto size = system().watch("GetFileSizeEx");
+
+    const jlong address = create(folder() / L"file", genericRead, CREATE_ALWAYS, flags, 4096);
+
+    const OpenRecord record = recordAt(address);
+    EXPECT_EQ(record.path, folder() / L"file");
+    EXPECT_EQ(*record.handleCell, size.calls().at(0).argument<HANDLE>(0));
+    EXPECT_EQ(record.position, 0);
+    EXPECT_EQ(record.fileSize, 4096);
+    EXPECT_EQ(record.flags, FILE_FLAG_SEQUENTIAL_SCAN);
+    EXPECT_EQ(record.access, GENERIC_READ);
+    EXPECT_EQ(record.preallocatedSize, 4096);
+    NATIVE(closeFile)(address);
+}
+
+TEST_F(OpenTest, LeavesZeroInTheRecordForWhatOpenFileIsNotTold) {
+    writeFile(folder() / L"file", "content");
+
+    const jlong address = NATIVE(openFile)(folder() / L"file");
+
+    const OpenRecord record = recordAt(address);
+    EXPECT_EQ(record.path, folder() / L"file");
+    EXPECT_EQ(record.position, 0);
+    EXPECT_EQ(record.fileSize, 7);
+    EXPECT_EQ(record.flags, 0u);
+    EXPECT_EQ(record.access, 0u);
+    EXPECT_EQ(record.preallocatedSize, 0);
+    NATIVE(closeFile)(address);
+    EXPECT_EQ(system().count("SetEndOfFile"), 0u);
+}
 
 TEST_F(OpenTest, OpensAFileForReadingWithBackupSemanticsAndToleratesOtherWriters) {
     writeFile(folder() / L"file.txt", "content");
@@ -264,6 +312,15 @@ TEST_F(LeftRecordTest, StaysWhenTheSizeOfAnOpenedFileCannotBeRead) {
 TEST_F(LeftRecordTest, StaysWhenTheSizeOfACreatedFileCannotBeRead) {
     EXPECT_EQ(create(folder() / L"file", genericRead, CREATE_ALWAYS, 0, 0), 0);
 
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"GetFileSizeEx", ERROR_INVALID_FUNCTION)));
+}
+
+TEST_F(LeftRecordTest, StaysWithoutThePrivilegeOfAPreallocation) {
+    PreallocationSteps steps(system());
+
+    EXPECT_EQ(create(folder() / L"file", genericRead, CREATE_ALWAYS, 0, 4096), 0);
+
+    EXPECT_EQ(steps.taken().back(), privilegeOff);
     EXPECT_EQ(java.takeException(), ioException(errorMessage(L"GetFileSizeEx", ERROR_INVALID_FUNCTION)));
 }
 

@@ -1,5 +1,5 @@
 // Giving files their length before their content.
-#include "winutil_test.h"
+#include "preallocation_steps.h"
 
 namespace {
 
@@ -15,24 +15,6 @@ protected:
         return NATIVE(createFileNC__Ljava_lang_String_2IIIJ)(path, genericRead, CREATE_ALWAYS,
                                                              FILE_ATTRIBUTE_NORMAL, size);
     }
-
-    // Records each change of a privilege as "+name" or "-name".
-    Replacement watchPrivileges() {
-        lookups = REPLACE(LookupPrivilegeValueA, [this](LPCSTR machine, LPCSTR name, PLUID luid) {
-            lastName = name;
-            return REAL(LookupPrivilegeValueA)(machine, name, luid);
-        });
-        return REPLACE(AdjustTokenPrivileges, [this](HANDLE token, BOOL all, PTOKEN_PRIVILEGES state,
-                                                     DWORD size, PTOKEN_PRIVILEGES previous, PDWORD length) {
-            privileges.push_back((state->Privileges[0].Attributes == SE_PRIVILEGE_ENABLED ? "+" : "-") +
-                                 lastName);
-            return REAL(AdjustTokenPrivileges)(token, all, state, size, previous, length);
-        });
-    }
-
-    Replacement lookups;
-    std::string lastName;
-    std::vector<std::string> privileges;
 };
 
 TEST_F(PreallocationTest, GivesTheFileItsLengthAndBeginsAtItsStart) {
@@ -54,51 +36,43 @@ TEST_F(PreallocationTest, OpensForWritingWhateverTheAccessSays) {
 }
 
 TEST_F(PreallocationTest, AddsNothingToTheAccessWithoutASize) {
-    const auto open = system().watch("CreateFileW");
-    const auto watch = watchPrivileges();
+    PreallocationSteps steps(system());
 
     const jlong record = create(folder() / L"file", 0);
     NATIVE(closeFile)(record);
 
-    EXPECT_EQ(open.calls()[0].argument<DWORD>(1), GENERIC_READ);
-    EXPECT_THAT(privileges, ElementsAre());
-    EXPECT_EQ(system().count("SetEndOfFile"), 0u);
+    EXPECT_THAT(steps.taken(), ElementsAre("open for reading", "close"));
 }
 
-TEST_F(PreallocationTest, HoldsThePrivilegeWhileItOpensAndNoLonger) {
-    const auto watch = watchPrivileges();
+TEST_F(PreallocationTest, HoldsThePrivilegeFromTheOpenToTheMoveBackAndNoLonger) {
+    PreallocationSteps steps(system());
 
-    const jlong record = create(folder() / L"file", 1);
+    const jlong record = create(folder() / L"file", 4096);
+
+    EXPECT_THAT(steps.taken(), ElementsAre(privilegeOn, "open for writing", "move 4096", "end", "valid 4096",
+                                           "move 0", privilegeOff));
     NATIVE(closeFile)(record);
-
-    EXPECT_THAT(privileges, ElementsAre("+SeManageVolumePrivilege", "-SeManageVolumePrivilege"));
+    EXPECT_THAT(steps.taken(), ElementsAre("end", "close"));
 }
 
 TEST_F(PreallocationTest, GivesThePrivilegeBackWhenTheOpenFails) {
-    const auto watch = watchPrivileges();
+    PreallocationSteps steps(system());
     const auto open = system().answer("CreateFileW", ~0ull, ERROR_ACCESS_DENIED);
 
     EXPECT_EQ(create(folder() / L"file", 1), 0);
 
-    EXPECT_THAT(privileges, ElementsAre("+SeManageVolumePrivilege", "-SeManageVolumePrivilege"));
+    EXPECT_THAT(steps.taken(), ElementsAre(privilegeOn, privilegeOff));
     EXPECT_EQ(java.takeException(), ioException(errorMessage(L"CreateFileW", ERROR_ACCESS_DENIED)));
 }
 
-TEST_F(PreallocationTest, DeclaresTheContentValidOnlyWithThePrivilege) {
-    const auto valid = system().watch("SetFileValidData");
-    {
-        const jlong record = create(folder() / L"file", 4096);
-        NATIVE(closeFile)(record);
-    }
-    ASSERT_EQ(valid.count(), 1u);
-    EXPECT_EQ(valid.calls()[0].argument<LONGLONG>(1), 4096);
-
+TEST_F(PreallocationTest, DeclaresNoContentValidWithoutThePrivilege) {
+    PreallocationSteps steps(system());
     const auto token = system().answer("OpenProcessToken", FALSE, ERROR_ACCESS_DENIED);
-    const jlong record = create(folder() / L"file", 4096);
-    NATIVE(closeFile)(record);
 
-    EXPECT_EQ(valid.count(), 1u);
-    EXPECT_EQ(system().count("AdjustTokenPrivileges"), 2u);
+    const jlong record = create(folder() / L"file", 4096);
+
+    EXPECT_THAT(steps.taken(), ElementsAre("open for writing", "move 4096", "end", "move 0"));
+    NATIVE(closeFile)(record);
 }
 
 TEST_F(PreallocationTest, GoesOnWhenTheContentCannotBeDeclaredValid) {
@@ -111,21 +85,25 @@ TEST_F(PreallocationTest, GoesOnWhenTheContentCannotBeDeclaredValid) {
 }
 
 TEST_F(PreallocationTest, RaisesDiskFullWhenThereIsNoRoomForTheLength) {
+    PreallocationSteps steps(system());
     const auto end = system().failCall("SetEndOfFile", 1, ERROR_DISK_FULL);
 
     EXPECT_EQ(create(folder() / L"file", megabyte), 0);
 
     EXPECT_EQ(java.takeException(),
               (Thrown{"com/qarvo/dov/io/DiskFullException", errorMessage(L"createFileN", ERROR_DISK_FULL)}));
+    EXPECT_THAT(steps.taken(),
+                ElementsAre(privilegeOn, "open for writing", "move 1048576", "close", privilegeOff));
 }
 
 TEST_F(PreallocationTest, RaisesTheErrorOfTheFirstMoveOfThePointer) {
+    PreallocationSteps steps(system());
     const auto move = system().failCall("SetFilePointerEx", 1, ERROR_NEGATIVE_SEEK);
 
     EXPECT_EQ(create(folder() / L"file", megabyte), 0);
 
     EXPECT_EQ(java.takeException(), ioException(errorMessage(L"createFileN", ERROR_NEGATIVE_SEEK)));
-    EXPECT_EQ(system().count("SetEndOfFile"), 0u);
+    EXPECT_THAT(steps.taken(), ElementsAre(privilegeOn, "open for writing", "close", privilegeOff));
 }
 
 TEST_F(PreallocationTest, IgnoresAFailingMoveBackToTheStart) {
@@ -184,9 +162,11 @@ TEST_F(PreallocationTest, PutsTheTextOfTheStatusBehindItsOwn) {
     DWORD flags = 0;
     HMODULE source = nullptr;
     DWORD code = 0;
+    DWORD room = 0;
     const auto format = REPLACE(
         FormatMessageW,
         [&](DWORD given, LPCVOID from, DWORD id, DWORD, LPWSTR buffer, DWORD size, va_list*) -> DWORD {
+            room = size;
             flags = given;
             source = static_cast<HMODULE>(const_cast<void*>(from));
             code = id;
@@ -196,10 +176,10 @@ TEST_F(PreallocationTest, PutsTheTextOfTheStatusBehindItsOwn) {
 
     EXPECT_FALSE(NATIVE(setFileEndOfFileInfo)(record, 0x100000005));
 
-    EXPECT_EQ(
-        java.takeException(),
-        ioException(
-            L"[WindowsUtil.setFileEndOfFileInfo] Failed to set the end of file position to 5 <disk full>"));
+    const std::wstring own =
+        L"[WindowsUtil.setFileEndOfFileInfo] Failed to set the end of file position to 5";
+    EXPECT_EQ(java.takeException(), ioException(own + L" <disk full>"));
+    EXPECT_EQ(room, 4096 - own.size());
     EXPECT_EQ(flags, 0x1800u);
     EXPECT_EQ(source, GetModuleHandleW(L"ntdll.dll"));
     EXPECT_EQ(code, 0xC000007Fu);
@@ -225,13 +205,8 @@ TEST_F(PreallocationTest, AnswersFalseWhereTheSystemCannotSetTheEndThatWay) {
 }
 
 TEST_F(PreallocationTest, SaysThatAFileCanBeExtendedAndLeavesNothingBehind) {
-    const auto watch = watchPrivileges();
     const auto open = system().watch("CreateFileW");
-    LONGLONG valid = 0;
-    const auto declare = REPLACE(SetFileValidData, [&](HANDLE, LONGLONG length) -> BOOL {
-        valid = length;
-        return TRUE;
-    });
+    PreallocationSteps steps(system());
 
     EXPECT_TRUE(NATIVE(isSupportExtendFileSize)(folder() / L"probe"));
 
@@ -240,17 +215,9 @@ TEST_F(PreallocationTest, SaysThatAFileCanBeExtendedAndLeavesNothingBehind) {
     EXPECT_EQ(open.calls()[0].argument<DWORD>(2), 3u);
     EXPECT_EQ(open.calls()[0].argument<DWORD>(4), 2u);
     EXPECT_EQ(open.calls()[0].argument<DWORD>(5), 0x10000000u);
-    EXPECT_EQ(valid, 1048576);
     EXPECT_FALSE(fileExists(folder() / L"probe"));
-    EXPECT_THAT(privileges, ElementsAre("+SeManageVolumePrivilege", "-SeManageVolumePrivilege"));
-}
-
-TEST_F(PreallocationTest, SaysThatAFileCannotBeExtendedWhereItsContentCannotBeDeclaredValid) {
-    const auto declare = system().answer("SetFileValidData", FALSE, ERROR_PRIVILEGE_NOT_HELD);
-
-    EXPECT_FALSE(NATIVE(isSupportExtendFileSize)(folder() / L"probe"));
-
-    EXPECT_FALSE(fileExists(folder() / L"probe"));
+    EXPECT_THAT(steps.taken(), ElementsAre(privilegeOn, "open for writing", "move 1048576", "end",
+                                           "valid 1048576", "close", privilegeOff));
 }
 
 TEST_F(PreallocationTest, MakesNoFileWithoutThePrivilege) {
@@ -262,20 +229,38 @@ TEST_F(PreallocationTest, MakesNoFileWithoutThePrivilege) {
 }
 
 TEST_F(PreallocationTest, SaysThatAFileCannotBeExtendedWhereItCannotBeMade) {
-    const auto watch = watchPrivileges();
+    PreallocationSteps steps(system());
 
     EXPECT_FALSE(NATIVE(isSupportExtendFileSize)(folder() / L"missing\\probe"));
 
-    EXPECT_THAT(privileges, ElementsAre("+SeManageVolumePrivilege", "-SeManageVolumePrivilege"));
+    EXPECT_THAT(steps.taken(), ElementsAre(privilegeOn, privilegeOff));
 }
 
-TEST_F(PreallocationTest, SaysThatAFileCannotBeExtendedWhereThereIsNoRoom) {
-    const auto end = system().failCall("SetEndOfFile", 1, ERROR_DISK_FULL);
+struct ProbeFailure {
+    const char* function;
+    std::vector<std::string> steps;  // the failing one left out
+};
+
+class ProbeFailureTest : public PreallocationTest, public ::testing::WithParamInterface<ProbeFailure> {};
+
+TEST_P(ProbeFailureTest, SaysThatAFileCannotBeExtendedAndGivesEverythingBack) {
+    PreallocationSteps steps(system());
+    const auto fail = system().failCall(GetParam().function, 1, ERROR_DISK_FULL);
 
     EXPECT_FALSE(NATIVE(isSupportExtendFileSize)(folder() / L"probe"));
 
     EXPECT_FALSE(fileExists(folder() / L"probe"));
-    EXPECT_EQ(system().count("SetFileValidData"), 0u);
+    EXPECT_EQ(steps.taken(), GetParam().steps);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Functions, ProbeFailureTest,
+    ::testing::Values(
+        ProbeFailure{"SetFilePointerEx", {privilegeOn, "open for writing", "close", privilegeOff}},
+        ProbeFailure{"SetEndOfFile",
+                     {privilegeOn, "open for writing", "move 1048576", "close", privilegeOff}},
+        ProbeFailure{"SetFileValidData",
+                     {privilegeOn, "open for writing", "move 1048576", "end", "close", privilegeOff}}),
+    [](const auto& failure) { return failure.param.function; });
 
 }  // namespace

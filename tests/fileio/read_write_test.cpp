@@ -1,30 +1,10 @@
-// Reading and writing through an open-file record.
-#include "winutil_test.h"
+// Reading and writing through an array.
+#include "read_write_fixture.h"
 
 namespace {
 
 using namespace testbed;
 using ::testing::ElementsAre;
-
-constexpr jint noBuffering = static_cast<jint>(FILE_FLAG_NO_BUFFERING);
-constexpr jint sector = 512;
-
-class ReadWriteTest : public WinUtilTest {
-protected:
-    // Opens a new file with that content for reading and writing, and closes it at the end of the test.
-    jlong open(std::string_view content = {}, jint flags = 0) {
-        writeFile(folder() / L"file", content);
-        record = NATIVE(createFileNC__Ljava_lang_String_2III)(
-            folder() / L"file", static_cast<jint>(GENERIC_READ | GENERIC_WRITE), OPEN_EXISTING, flags);
-        return record;
-    }
-
-    void TearDown() override { NATIVE(closeFile)(record); }
-
-    std::string content() { return readFile(folder() / L"file"); }
-
-    jlong record = 0;
-};
 
 std::string textOf(const JavaObject& array) {
     return {array.bytes().begin(), array.bytes().end()};
@@ -77,15 +57,6 @@ TEST_F(ReadWriteTest, ReadsWhatIsLeftAndThenTheEndOfTheFile) {
     EXPECT_EQ(textOf(array), "xyzd");
 }
 
-TEST_F(ReadWriteTest, RaisesTheReasonOfAFailedRead) {
-    open("xyz");
-    const auto read = system().failCall("ReadFile", 1, ERROR_LOCK_VIOLATION);
-
-    EXPECT_EQ(NATIVE(read__J_3BII)(record, java.byteArray({'a'}), 0, 1), -2);
-
-    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"ReadFile", ERROR_LOCK_VIOLATION)));
-}
-
 TEST_F(ReadWriteTest, RaisesNoFileNotFoundForAReadThatFailsWithThatCode) {
     open("xyz");
     const auto read = system().failCall("ReadFile", 1, ERROR_FILE_NOT_FOUND);
@@ -93,25 +64,6 @@ TEST_F(ReadWriteTest, RaisesNoFileNotFoundForAReadThatFailsWithThatCode) {
     NATIVE(read__J_3BII)(record, java.byteArray({'a'}), 0, 1);
 
     EXPECT_EQ(java.takeException(), ioException(errorMessage(L"ReadFile", ERROR_FILE_NOT_FOUND)));
-}
-
-TEST_F(ReadWriteTest, RaisesDiskFullWhenThereIsNoRoomForAnArray) {
-    open();
-    const auto write = system().failCall("WriteFile", 1, ERROR_DISK_FULL);
-
-    NATIVE(write__J_3BII)(record, java.byteArray({'a'}), 0, 1);
-
-    EXPECT_EQ(java.takeException(),
-              (Thrown{"com/qarvo/dov/io/DiskFullException", errorMessage(L"WriteFile", ERROR_DISK_FULL)}));
-}
-
-TEST_F(ReadWriteTest, RaisesTheReasonOfAFailedWrite) {
-    open();
-    const auto write = system().failCall("WriteFile", 1, ERROR_SHARING_VIOLATION);
-
-    NATIVE(write__J_3BII)(record, java.byteArray({'a'}), 0, 1);
-
-    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"WriteFile", ERROR_SHARING_VIOLATION)));
 }
 
 TEST_F(ReadWriteTest, TakesAShortWriteForAWholeOne) {
@@ -159,177 +111,54 @@ TEST_F(ReadWriteTest, WritesNothingAndRaisesNothingThroughWriteHandle) {
     EXPECT_EQ(system().count("WriteFile"), 0u);
 }
 
-class DirectBufferTest : public ReadWriteTest {
+class FailedArrayTest : public ReadWriteTest {
 protected:
-    // A buffer whose last byte lies right before a page that faults.
-    explicit DirectBufferTest() : memory(4096, "direct buffer") {}
-
-    JavaObject buffer() { return java.directBuffer(memory.data(), static_cast<jlong>(memory.size())); }
-    void write(jint offset, jint length, jint sectorSize = sector) {
-        NATIVE(write__JLjava_nio_ByteBuffer_2III)(record, buffer(), offset, length, sectorSize);
+    // Writes down how the arrays were given back that were so when an exception of that class is made.
+    void watchException(const std::string& className) {
+        constexpr char constructor[] = "(Ljava/lang/String;)V";
+        java.removeMethod(className, "<init>", constructor);
+        java.defineMethod(className, "<init>", constructor, [this](const Arguments&) {
+            for (const ArrayRelease& release : java.arrayReleases()) {
+                modes.push_back(release.mode);
+            }
+        });
     }
-    jint read(jint offset, jint length, jint sectorSize = sector) {
-        return NATIVE(read__JLjava_nio_ByteBuffer_2III)(record, buffer(), offset, length, sectorSize);
-    }
 
-    GuardedBuffer memory;
+    std::vector<jint> modes;
 };
 
-TEST_F(DirectBufferTest, WritesAPartOfABuffer) {
-    open();
-    memory.as<char>()[4094] = 'y';
-    memory.as<char>()[4095] = 'z';
-
-    write(4094, 2);
-
-    EXPECT_EQ(content(), "yz");
-}
-
-TEST_F(DirectBufferTest, ReadsIntoAPartOfABufferAndThenTheEndOfTheFile) {
+TEST_F(FailedArrayTest, RaisesTheReasonOfAFailedReadOnceTheElementsAreBack) {
     open("xyz");
+    watchException("java/io/IOException");
+    const auto read = system().failCall("ReadFile", 1, ERROR_LOCK_VIOLATION);
 
-    EXPECT_EQ(read(4090, 6), 3);
-    EXPECT_EQ(read(4090, 6), -1);
+    EXPECT_EQ(NATIVE(read__J_3BII)(record, java.byteArray({'a'}), 0, 1), -2);
 
-    EXPECT_EQ(std::string(memory.as<char>() + 4090, 3), "xyz");
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"ReadFile", ERROR_LOCK_VIOLATION)));
+    EXPECT_THAT(modes, ElementsAre(0));
 }
 
-TEST_F(DirectBufferTest, RefusesAnUnbufferedWriteOfAPartOfASector) {
-    open({}, noBuffering);
-
-    write(0, 1000);
-
-    EXPECT_EQ(java.takeException(),
-              ioException(L"[WindowsUtil.write] Must write in multiple of disk sector size when opening in "
-                          L"FILE_FLAG_NO_BUFFERING, incorrect write size 1000"));
-    EXPECT_EQ(system().count("WriteFile"), 0u);
-}
-
-TEST_F(DirectBufferTest, WritesWholeSectorsUnbuffered) {
-    open({}, noBuffering);
-
-    write(0, 1024);
-
-    EXPECT_EQ(content().size(), 1024u);
-}
-
-TEST_F(DirectBufferTest, WritesAnyLengthBuffered) {
+TEST_F(FailedArrayTest, RaisesDiskFullWhenThereIsNoRoomForAnArrayOnceTheElementsAreBack) {
     open();
+    watchException("com/qarvo/dov/io/DiskFullException");
+    const auto write = system().failCall("WriteFile", 1, ERROR_DISK_FULL);
 
-    write(0, 1000);
-
-    EXPECT_EQ(content().size(), 1000u);
-}
-
-TEST_F(DirectBufferTest, RaisesDiskFullWhenThereIsNoRoomForABuffer) {
-    open();
-    const auto fail = system().failCall("WriteFile", 1, ERROR_DISK_FULL);
-
-    write(0, 512);
+    NATIVE(write__J_3BII)(record, java.byteArray({'a'}), 0, 1);
 
     EXPECT_EQ(java.takeException(),
               (Thrown{"com/qarvo/dov/io/DiskFullException", errorMessage(L"WriteFile", ERROR_DISK_FULL)}));
+    EXPECT_THAT(modes, ElementsAre(JNI_ABORT));
 }
 
-// Wine takes any unbuffered read; Windows refuses one behind the exact end of a file as an invalid parameter.
-class UnbufferedEndTest : public DirectBufferTest {
-protected:
-    void openAndReadAll(std::size_t size) {
-        open(std::string(size, 'x'), noBuffering);
-        ASSERT_EQ(read(0, 1024), static_cast<jint>(size));
-        refusal = system().answer("ReadFile", FALSE, ERROR_INVALID_PARAMETER);
-    }
+TEST_F(FailedArrayTest, RaisesTheReasonOfAFailedWriteOnceTheElementsAreBack) {
+    open();
+    watchException("java/io/IOException");
+    const auto write = system().failCall("WriteFile", 1, ERROR_SHARING_VIOLATION);
 
-    Thrown invalidParameter() { return ioException(errorMessage(L"ReadFile", ERROR_INVALID_PARAMETER)); }
+    NATIVE(write__J_3BII)(record, java.byteArray({'a'}), 0, 1);
 
-    Replacement refusal;
-};
-
-TEST_F(UnbufferedEndTest, TakesAnInvalidParameterAtTheExactEndForTheEndOfTheFile) {
-    openAndReadAll(1024);
-
-    EXPECT_EQ(read(0, 1024), -1);
-}
-
-TEST_F(UnbufferedEndTest, RaisesItBeforeTheEnd) {
-    open(std::string(2048, 'x'), noBuffering);
-    ASSERT_EQ(read(0, 1024), 1024);
-    refusal = system().answer("ReadFile", FALSE, ERROR_INVALID_PARAMETER);
-
-    EXPECT_EQ(read(0, 1024), -2);
-
-    EXPECT_EQ(java.takeException(), invalidParameter());
-}
-
-TEST_F(UnbufferedEndTest, RaisesItForALengthThatIsNoMultipleOfTheSectorSize) {
-    openAndReadAll(1024);
-
-    EXPECT_EQ(read(0, 1000), -2);
-
-    EXPECT_EQ(java.takeException(), invalidParameter());
-}
-
-TEST_F(UnbufferedEndTest, RaisesItForAnAddressThatIsNoMultipleOfTheSectorSize) {
-    openAndReadAll(1024);
-
-    EXPECT_EQ(read(8, 1024), -2);
-
-    EXPECT_EQ(java.takeException(), invalidParameter());
-}
-
-TEST_F(UnbufferedEndTest, RaisesAnyOtherCode) {
-    openAndReadAll(1024);
-    refusal = system().answer("ReadFile", FALSE, ERROR_IO_DEVICE);
-
-    EXPECT_EQ(read(0, 1024), -2);
-
-    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"ReadFile", ERROR_IO_DEVICE)));
-}
-
-TEST_F(UnbufferedEndTest, TakesTheCodeThatTheFormattingOfTheMessageLeft) {
-    openAndReadAll(1024);
-    const auto format =
-        REPLACE(FormatMessageW, [](DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, va_list*) -> DWORD {
-            SetLastError(ERROR_MR_MID_NOT_FOUND);
-            return 0;
-        });
-
-    EXPECT_EQ(read(0, 1024), -2);
-
-    EXPECT_EQ(java.takeException(), ioException(L"[ReadFile] (87) Failed to obtain error message"));
-}
-
-TEST_F(UnbufferedEndTest, CountsArrayReadsTowardsThePositionAsWell) {
-    open(std::string(1024, 'x'), noBuffering);
-    ASSERT_EQ(NATIVE(read__J_3BII)(record, java.byteArray(std::vector<jbyte>(1024)), 0, 1024), 1024);
-    refusal = system().answer("ReadFile", FALSE, ERROR_INVALID_PARAMETER);
-
-    EXPECT_EQ(read(0, 512), -1);
-}
-
-TEST_F(UnbufferedEndTest, DoesNotCountASeek) {
-    open(std::string(1024, 'x'), noBuffering);
-    ASSERT_EQ(NATIVE(seek)(record, 1024), 1024);
-    refusal = system().answer("ReadFile", FALSE, ERROR_INVALID_PARAMETER);
-
-    EXPECT_EQ(read(0, 1024), -2);
-
-    EXPECT_EQ(java.takeException(), invalidParameter());
-}
-
-TEST_F(DirectBufferTest, PassesNullOnForABufferWithoutAnAddress) {
-    open("xyz");
-    const JavaObject withoutAddress = java.directBuffer(nullptr, 16);
-    const auto read = system().answer("ReadFile", FALSE, ERROR_NOACCESS);
-    const auto write = system().answer("WriteFile", FALSE, ERROR_INVALID_USER_BUFFER);
-
-    EXPECT_EQ(NATIVE(read__JLjava_nio_ByteBuffer_2III)(record, withoutAddress, 8, 4, sector), -2);
-    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"ReadFile", ERROR_NOACCESS)));
-    EXPECT_EQ(read.calls().at(0).argument<std::uint64_t>(1), 0u);
-
-    NATIVE(write__JLjava_nio_ByteBuffer_2III)(record, withoutAddress, 8, 4, sector);
-    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"WriteFile", ERROR_INVALID_USER_BUFFER)));
-    EXPECT_EQ(write.calls().at(0).argument<std::uint64_t>(1), 0u);
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"WriteFile", ERROR_SHARING_VIOLATION)));
+    EXPECT_THAT(modes, ElementsAre(JNI_ABORT));
 }
 
 }  // namespace
