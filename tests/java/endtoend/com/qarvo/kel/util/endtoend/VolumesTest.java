@@ -3,6 +3,7 @@ package com.qarvo.kel.util.endtoend;
 import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertNotEquals;
 import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrowsExactly;
 import static org.junit.jupiter.api.Assertions.assertTrue;
@@ -146,12 +147,13 @@ class VolumesTest extends EndToEnd {
 
     @Test
     void whatIsNoDiskHasNoPartitions() throws IOException {
-        Path file = Files.createTempFile("disk", "1");
+        Path file = Files.createFile(work().resolve("disk1"));
         List<String> collector = new ArrayList<>();
         IOException thrown = assertThrowsExactly(IOException.class,
                 () -> util.listNTFSPartitions(file.toString(), collector));
         Files.delete(file);
         assertFalse(thrown.getMessage().isBlank());
+        assertNotEquals(Witness.systemText(PATH_NOT_FOUND), thrown.getMessage(), "no number was found");
         assertEquals(List.of(), collector);
     }
 
