@@ -169,6 +169,19 @@ class ClientBackupTest extends EndToEnd {
         assertDone("Restored 5 files", Client.run("restore", store, restored));
     }
 
+    /** This system's logon answers every account with a token that nobody knows. */
+    @Test
+    void anAccountThatCannotLogOnEndsTheBackupBeforeAnythingIsMade() throws IOException {
+        Path password = Files.writeString(folder.resolve("password"), "secret");
+
+        Client.Result result = Client.run("backup", "--as", ".\\nobody", "--password-file", password, tree, store);
+
+        assertRefused("The account .\\nobody cannot log on: [WindowsUtil:SystemPrivilege:impersonateUser:"
+                + "ImpersonateLoggedOnUser] (" + INVALID_HANDLE + ") "
+                + Witness.systemText(INVALID_HANDLE).strip(), result);
+        assertFalse(Files.exists(store));
+    }
+
     @Test
     void whatIsThereIsNeverOverwritten() throws IOException {
         Client.run("backup", tree, store);
