@@ -173,6 +173,16 @@ class FileOperationsTest extends EndToEnd {
     }
 
     @Test
+    void theMomentWhereTheSystemBeginsToCountLeavesTheTimeAsItIs() throws IOException {
+        Files.createFile(folder.resolve("file"));
+        util.setLastModified(path("file"), 1_000_000_000_000L);
+
+        assertTrue(util.setLastModified(path("file"), -EPOCH / 10_000));
+
+        assertEquals(1_000_000_000_000L, util.lastModified(path("file")));
+    }
+
+    @Test
     void theTimeOfADirectoryIsSetToo() throws IOException {
         assertTrue(util.setLastModified(folder.toString(), 1_000_000_000_000L));
 
