@@ -103,10 +103,10 @@ OpenFileRecord* createFile(JNIEnv* env, const wchar_t* path, DWORD access, DWORD
         return failOpen(env, L"createFileN", code, message);
     }
     if (size > 0) {
-        const DWORD code = extendFile(*cell.get(), size, manageVolume.enabled());
-        if (code != 0) {
+        const std::optional<DWORD> failure = extendFile(*cell.get(), size, manageVolume.enabled());
+        if (failure) {
             cell.reset();
-            return failOpen(env, L"createFileN", code, message);
+            return failOpen(env, L"createFileN", *failure, message);
         }
     }
     const OpenFileRecord fields{.flags = flags, .access = access, .preallocatedSize = size};

@@ -34,7 +34,7 @@ HandleCell openPreallocated(const wchar_t* path, std::int64_t length, std::int64
         createFileWithRetry(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                             OPEN_EXISTING, readOnlyFlags, nullptr);
     if (!cell || *cell.get() == INVALID_HANDLE_VALUE ||
-        extendFile(*cell.get(), length, manageVolume.enabled()) != 0 || !moveTo(*cell.get(), start)) {
+        extendFile(*cell.get(), length, manageVolume.enabled()) || !moveTo(*cell.get(), start)) {
         cell.reset();
     }
     return cell;
@@ -44,7 +44,7 @@ HandleCell openPreallocated(const wchar_t* path, std::int64_t length, std::int64
 
 bool preallocatingOpenOff = false;
 
-DWORD extendFile(HANDLE file, std::int64_t size, bool validData) noexcept {
+std::optional<DWORD> extendFile(HANDLE file, std::int64_t size, bool validData) noexcept {
     if (!moveTo(file, size) || !SetEndOfFile(file)) {
         return GetLastError();
     }
@@ -52,7 +52,7 @@ DWORD extendFile(HANDLE file, std::int64_t size, bool validData) noexcept {
         SetFileValidData(file, size);
     }
     moveTo(file, 0);
-    return 0;
+    return std::nullopt;
 }
 
 HandleCell openForReading(const wchar_t* path, std::int64_t length, std::int64_t start) noexcept {

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <optional>
 
 #include "fileio/open_file_record.h"
 
@@ -12,8 +13,8 @@ namespace winutil::fileio {
 
 // Extends an open file to `size` bytes and leaves its pointer at the start. `validData` says that the new
 // bytes need not be zeroed, which takes SeManageVolumePrivilege; that it cannot be done is no failure.
-// Returns 0 or a Win32 code.
-DWORD extendFile(HANDLE file, std::int64_t size, bool validData) noexcept;
+// Returns the code of a failure, which can be 0.
+std::optional<DWORD> extendFile(HANDLE file, std::int64_t size, bool validData) noexcept;
 
 // Turns the preallocating form of openForReading off for the process. Nothing in the library sets it; it is
 // there for a host that must not have its files extended.

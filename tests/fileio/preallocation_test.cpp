@@ -106,6 +106,14 @@ TEST_F(PreallocationTest, RaisesTheErrorOfTheFirstMoveOfThePointer) {
     EXPECT_THAT(steps.taken(), ElementsAre(privilegeOn, "open for writing", "close", privilegeOff));
 }
 
+TEST_F(PreallocationTest, RaisesAFailureWithoutACode) {
+    const auto end = system().failCall("SetEndOfFile", 1, ERROR_SUCCESS);
+
+    EXPECT_EQ(create(folder() / L"file", megabyte), 0);
+
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"createFileN", ERROR_SUCCESS)));
+}
+
 TEST_F(PreallocationTest, IgnoresAFailingMoveBackToTheStart) {
     const auto move = system().failCall("SetFilePointerEx", 2, ERROR_NEGATIVE_SEEK);
 
