@@ -167,6 +167,18 @@ class RestoreTest {
     }
 
     @Test
+    void anEmptyFileThatSomebodyElseHasJustMadeStays() {
+        bed.backup();
+        String path = "C:\\out\\sub\\empty";
+        files.before.put(path, () -> files.addFile(path, ""));
+
+        Bed.Result result = bed.restore();
+
+        assertEquals("left out: " + path + ": [CreateFileW] (80) File exists.\n", result.err());
+        assertNotNull(files.node(path));
+    }
+
+    @Test
     void aFullDiskAtADirectoryEndsTheRestore() {
         bed.backup();
         files.addDirectory("C:\\out");

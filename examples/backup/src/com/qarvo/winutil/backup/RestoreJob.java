@@ -173,7 +173,9 @@ final class RestoreJob {
         try {
             return files.create(path, size);
         } catch (IOException e) {
-            removeUnfilled(path);
+            if (size > 0) {
+                removeUnfilled(path);
+            }
             throw e;
         }
     }
