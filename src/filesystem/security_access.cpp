@@ -75,6 +75,7 @@ bool isAccessRead(JNIEnv* env, const wchar_t* path, const account::NarrowCredent
     // Unlike the check for writing, this one makes do with the process when the thread has no token.
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.receive()) &&
         !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.receive())) {
+        // The doubled negation is no slip to mend: the message is known by its wording.
         throwIOException(env, L"Cannot not get current process");
         return false;
     }
