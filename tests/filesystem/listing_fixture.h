@@ -8,6 +8,7 @@
 #include <sddl.h>
 
 #include <cstring>
+#include <cwchar>
 #include <map>
 #include <optional>
 #include <string>
@@ -44,10 +45,12 @@ inline WIN32_FIND_DATAW foundEntry(const std::wstring& name, DWORD attributes = 
     found.nFileSizeHigh = static_cast<DWORD>(size >> 32);
     found.nFileSizeLow = static_cast<DWORD>(size);
     found.ftLastWriteTime = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
-    // Other times are there too, and of no interest.
+    // Other times and another name are there too, and of no interest.
     found.ftCreationTime = {1, 1};
     found.ftLastAccessTime = {2, 2};
-    name.copy(found.cFileName, std::size(found.cFileName) - 1);
+    std::wcscpy(found.cAlternateFileName, L"OTHER");
+    // A name that fills its place has no terminator.
+    name.copy(found.cFileName, std::size(found.cFileName));
     return found;
 }
 

@@ -1,4 +1,5 @@
 // What a listing delivers.
+#include "guarded_heap.h"
 #include "listing_fixture.h"
 
 namespace {
@@ -79,8 +80,9 @@ TEST_F(Listing, SearchesTheLongFormAndNamesEntriesAsTheCallerNamedTheirFolder) {
 }
 
 TEST_F(Listing, HasRoomForFoldersAndNamesOfAnyLength) {
+    const GuardedHeap heap(system());
     const std::wstring directory = L"C:\\" + std::wstring(32000, L'd');
-    const std::wstring name(259, L'n');
+    const std::wstring name(260, L'n');
     found = {foundEntry(name)};
 
     list(directory);

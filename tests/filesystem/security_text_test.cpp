@@ -1,4 +1,8 @@
 // Security descriptors of records as text: how they are read, and what becomes of those that cannot be.
+#include <cstddef>
+#include <span>
+
+#include "guarded_heap.h"
 #include "listing_fixture.h"
 
 namespace {
@@ -38,6 +42,19 @@ class SecurityTextTest : public SearchTest {
 protected:
     SecurityTextTest() { found = {foundEntry(L"x")}; }
 
+    // The conversion gives these units, of which none need be a terminator, and tells this length.
+    Replacement convertTo(std::wstring_view units, const ULONG& length) {
+        converted = GuardedBuffer(std::as_bytes(std::span(units)), "the text of a descriptor");
+        return system().replace<decltype(::ConvertSecurityDescriptorToStringSecurityDescriptorW)>(
+            "ConvertSecurityDescriptorToStringSecurityDescriptorW",
+            [this, &length](PSECURITY_DESCRIPTOR, DWORD, SECURITY_INFORMATION, LPWSTR* made, PULONG size) {
+                *made = converted.as<wchar_t>();
+                *size = length;
+                SetLastError(ERROR_INVALID_DATA);
+                return TRUE;
+            });
+    }
+
     // The system has this descriptor for every path, and does what a caller without room for it deserves.
     Replacement giveDescriptor(std::vector<std::byte> descriptor) {
         return REPLACE(GetFileSecurityW,
@@ -66,6 +83,13 @@ protected:
     static std::wstring event(DWORD code) { return L"C:\\dir\\x|" + systemText(code); }
 
     std::vector<DWORD> sizes;
+    GuardedBuffer converted;
+
+private:
+    const GuardedHeap heap_{system()};
+    const Replacement free_ = REPLACE(LocalFree, [this](HLOCAL block) -> HLOCAL {
+        return block == converted.data() ? nullptr : REAL(LocalFree)(block);
+    });
 };
 
 TEST_F(SecurityTextTest, IsReadWithRoomForFourKibibytesFirst) {
@@ -171,21 +195,21 @@ TEST_F(SecurityTextTest, IsNoneWhenTheConversionFails) {
 TEST_F(SecurityTextTest, EndsAtItsTerminatorAndIsNoneWithoutALength) {
     const auto give = giveDescriptor(descriptorWith(1));
     ULONG length = 6;
-    const auto convert = system().replace<decltype(::ConvertSecurityDescriptorToStringSecurityDescriptorW)>(
-        "ConvertSecurityDescriptorToStringSecurityDescriptorW",
-        [&](PSECURITY_DESCRIPTOR, DWORD, SECURITY_INFORMATION, LPWSTR* text, PULONG size) {
-            *text = static_cast<LPWSTR>(::LocalAlloc(LMEM_ZEROINIT, 6 * sizeof(wchar_t)));
-            std::memcpy(*text, L"O:", 2 * sizeof(wchar_t));
-            *size = length;
-            SetLastError(ERROR_INVALID_DATA);
-            return TRUE;
-        });
+    const auto convert = convertTo(std::wstring_view(L"O:\0\0\0\0", 6), length);
     EXPECT_EQ(read(), L"O:");
     EXPECT_THAT(events, IsEmpty());
 
     length = 0;
     EXPECT_EQ(read(), L"");
     EXPECT_THAT(events, ElementsAre(event(ERROR_INVALID_DATA)));
+}
+
+TEST_F(SecurityTextTest, EndsAtItsLengthWithoutATerminator) {
+    const auto give = giveDescriptor(descriptorWith(1));
+    const ULONG length = 4;
+    const auto convert = convertTo(L"O:BA", length);
+
+    EXPECT_EQ(read(), L"O:BA");
 }
 
 TEST_F(SecurityTextTest, IsNoneWithoutMemory) {
