@@ -1,6 +1,7 @@
 // Failures of the system as messages and as Java exceptions.
 #include <cstring>
 
+#include "system_text.h"
 #include "winutil_test.h"
 
 namespace {
@@ -129,17 +130,6 @@ protected:
         NATIVE(CovertEnvPathToFilePath)(L"x");
         return java.takeException().message;
     }
-
-    // The system has this text for every code.
-    Replacement setSystemText(const std::wstring& text) {
-        return REPLACE(FormatMessageW, [text](DWORD, LPCVOID, DWORD, DWORD, LPWSTR buffer, DWORD, va_list*) {
-            const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
-            auto* copy = static_cast<wchar_t*>(::LocalAlloc(LMEM_FIXED, bytes));
-            std::memcpy(copy, text.c_str(), bytes);
-            *reinterpret_cast<wchar_t**>(buffer) = copy;
-            return static_cast<DWORD>(text.size());
-        });
-    }
 };
 
 TEST_F(MessageTest, HasTagCodeAndTheTextOfTheSystemWithItsLineEnd) {
@@ -174,7 +164,7 @@ TEST_F(MessageTest, ShowsTheCodeAsASignedNumber) {
 }
 
 TEST_F(MessageTest, TakesATextThatLooksLikeAFormatAsItIs) {
-    const auto text = setSystemText(L"%s %1 100%n");
+    const auto text = setSystemText(system(), L"%s %1 100%n");
 
     EXPECT_EQ(messageOf(5), L"[CovertEnvPathToFilePath] (5) %s %1 100%n");
 }
@@ -183,11 +173,11 @@ TEST_F(MessageTest, IsNeverCutShort) {
     const std::wstring start = L"[CovertEnvPathToFilePath] (5) ";
     {
         const std::wstring fits(4095 - start.size(), L'x');
-        const auto text = setSystemText(fits);
+        const auto text = setSystemText(system(), fits);
         EXPECT_EQ(messageOf(5), start + fits);
     }
     for (const std::size_t excess : {1u, 2u, 5000u}) {
-        const auto text = setSystemText(std::wstring(4095 - start.size() + excess, L'x'));
+        const auto text = setSystemText(system(), std::wstring(4095 - start.size() + excess, L'x'));
         EXPECT_EQ(messageOf(5), start + L"Failed to obtain error message");
     }
 }

@@ -1,5 +1,6 @@
 // Setting security descriptor and attributes together.
 #include "descriptors.h"
+#include "system_text.h"
 #include "winutil_test.h"
 
 namespace {
@@ -7,6 +8,7 @@ namespace {
 using namespace testbed;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 const std::wstring sddl = L"O:SYG:BAD:(A;;FA;;;WD)";
 constexpr jint unchanged = -1;
@@ -36,8 +38,9 @@ protected:
     // The same for the second way.
     Replacement secondWay(DWORD result) {
         return REPLACE(SetSecurityInfo,
-                       [this, result](HANDLE, SE_OBJECT_TYPE type, SECURITY_INFORMATION parts, PSID owner,
-                                      PSID group, PACL dacl, PACL sacl) -> DWORD {
+                       [this, result](HANDLE file, SE_OBJECT_TYPE type, SECURITY_INFORMATION parts,
+                                      PSID owner, PSID group, PACL dacl, PACL sacl) -> DWORD {
+                           EXPECT_EQ(file, openedFile);
                            EXPECT_EQ(type, SE_FILE_OBJECT);
                            EXPECT_EQ(sacl, nullptr);
                            SECURITY_DESCRIPTOR descriptor;
@@ -62,6 +65,12 @@ protected:
     std::vector<std::wstring> setTexts;
     std::vector<std::wstring> handleTexts;
     std::vector<DWORD> staleErrors;
+    std::vector<std::wstring> openedPaths;
+    HANDLE openedFile = nullptr;
+    const Replacement open = REPLACE(CreateFileW, [this](LPCWSTR file, auto... options) {
+        openedPaths.emplace_back(file);
+        return openedFile = REAL(CreateFileW)(file, options...);
+    });
 };
 
 TEST_F(SettingTest, SetsDescriptorAndAttributes) {
@@ -71,6 +80,18 @@ TEST_F(SettingTest, SetsDescriptorAndAttributes) {
 
     EXPECT_THAT(setTexts, ElementsAre(path() + L" " + sddl));
     EXPECT_NE(GetFileAttributesW(path().c_str()) & FILE_ATTRIBUTE_HIDDEN, 0u);
+}
+
+TEST_F(SettingTest, SetsTheAttributesBehindTheDescriptor) {
+    const auto security = firstWay(TRUE, ERROR_SUCCESS);
+    const auto attributes = REPLACE(SetFileAttributesW, [this](LPCWSTR, DWORD) {
+        EXPECT_THAT(setTexts, SizeIs(1));
+        return TRUE;
+    });
+
+    EXPECT_TRUE(set(sddl, FILE_ATTRIBUTE_HIDDEN));
+
+    EXPECT_EQ(attributes.count(), 1u);
 }
 
 TEST_F(SettingTest, SetsADescriptorThatTheSystemReadsBack) {
@@ -132,11 +153,11 @@ TEST_F(SettingTest, ThrowsForATextThatIsNoDescriptor) {
 TEST_F(SettingTest, SetsThroughAHandleWhatCannotBeSetByName) {
     const auto first = firstWay(FALSE, ERROR_ACCESS_DENIED);
     const auto second = secondWay(ERROR_SUCCESS);
-    const auto open = system().watch("CreateFileW");
 
     EXPECT_TRUE(set(sddl, unchanged));
 
     EXPECT_THAT(handleTexts, ElementsAre(sddl));
+    EXPECT_THAT(openedPaths, ElementsAre(path()));
     const RecordedCall call = open.calls().at(0);
     EXPECT_EQ(call.argument<DWORD>(1), GENERIC_READ | GENERIC_WRITE);
     EXPECT_EQ(call.argument<DWORD>(2), 3u);
@@ -164,7 +185,7 @@ TEST_F(SettingTest, TellsTheCodeOfTheSecondWay) {
 
 TEST_F(SettingTest, TellsWhyTheFileCannotBeOpenedForTheSecondWay) {
     const auto first = firstWay(FALSE, ERROR_ACCESS_DENIED);
-    const auto open = system().answer("CreateFileW", ~0ull, ERROR_SHARING_VIOLATION);
+    const auto fail = system().answer("CreateFileW", ~0ull, ERROR_SHARING_VIOLATION);
 
     EXPECT_FALSE(set(sddl, unchanged));
 
@@ -172,12 +193,15 @@ TEST_F(SettingTest, TellsWhyTheFileCannotBeOpenedForTheSecondWay) {
 }
 
 TEST_F(SettingTest, GoesByTheLongFormWhenTheAttributesCannotBeRead) {
-    const auto security = firstWay(TRUE, ERROR_SUCCESS);
+    const auto first = firstWay(FALSE, ERROR_ACCESS_DENIED);
+    const auto second = secondWay(ERROR_SUCCESS);
     const auto attributes = system().answer("GetFileAttributesExW", FALSE, ERROR_PATH_NOT_FOUND);
 
     EXPECT_TRUE(set(sddl, unchanged));
 
     EXPECT_THAT(setTexts, ElementsAre(L"\\\\?\\" + path() + L" " + sddl));
+    EXPECT_THAT(openedPaths, ElementsAre(L"\\\\?\\" + path()));
+    EXPECT_THAT(handleTexts, ElementsAre(sddl));
 }
 
 TEST_F(SettingTest, TellsThatTheAttributesFailed) {
@@ -224,13 +248,38 @@ TEST_F(SettingTest, LeavesTheExceptionOfAFailedEncryption) {
 
 TEST_F(SettingTest, CutsTheMessageOfALongPath) {
     const std::wstring longPath = L"C:\\" + std::wstring(4000, L'd');
-    const auto read = system().answer("GetFileAttributesExW", FALSE, ERROR_PATH_NOT_FOUND);
+    const auto security = firstWay(TRUE, ERROR_PRIVILEGE_NOT_HELD);
     const auto attributes = system().answer("SetFileAttributesW", FALSE, ERROR_ACCESS_DENIED);
+    const struct {
+        std::wstring text;
+        jint attributes;
+        std::wstring message;
+    } forms[] = {
+        {L"", FILE_ATTRIBUTE_HIDDEN, L"Fail to set file attributes: "},
+        {sddl, unchanged, L"Fail to set security descriptor: "},
+        {sddl, FILE_ATTRIBUTE_HIDDEN, L"Fail to set both file attributes and security descriptor: "},
+    };
+    for (const auto& form : forms) {
+        EXPECT_FALSE(NATIVE(setFileAttrWithSecurityDescriptor)(longPath, 7, form.text, form.attributes));
 
-    EXPECT_FALSE(NATIVE(setFileAttrWithSecurityDescriptor)(longPath, 7, L"", FILE_ATTRIBUTE_HIDDEN));
+        EXPECT_EQ(java.takeException(), ioException((form.message + longPath).substr(0, 2047)));
+    }
+}
 
-    const std::wstring whole = L"Fail to set file attributes: " + longPath;
-    EXPECT_EQ(java.takeException(), ioException(whole.substr(0, 2047)));
+TEST_F(SettingTest, HasNoTextOfTheSystemThatDoesNotFitTheReason) {
+    const auto security = firstWay(TRUE, ERROR_PRIVILEGE_NOT_HELD);
+    const std::wstring start = L" setSecurityDescriptor():  (1314) ";
+    const std::wstring longest(1023 - start.size(), L't');
+    for (const auto& [text, shown] :
+         {std::pair(longest, longest),
+          std::pair(longest + L"t", std::wstring(L"Failed to obtain error message"))}) {
+        const auto format = setSystemText(system(), text);
+
+        EXPECT_FALSE(set(sddl, unchanged));
+
+        EXPECT_EQ(java.takeException(), ioException(L"Fail to set security descriptor: " + path() +
+                                                    L" ErrCode: 0x522 " + start + shown));
+    }
 }
 
 TEST_F(SettingTest, DoesNotPassForSuccessWithoutMemory) {
