@@ -108,6 +108,14 @@ TEST_F(DescriptorTextTest, GivesAnEmptyTextWithoutMemoryForThePath) {
     EXPECT_THAT(events, IsEmpty());
 }
 
+TEST_F(DescriptorTextTest, GivesAnEmptyTextAndTheErrorOfAListenerWithoutTheMethod) {
+    const JavaObject mute = java.object("java/lang/Object");
+
+    EXPECT_EQ(NATIVE(getWinSecurityDescriptor)(folder() / L"missing", 7, mute).text(), L"");
+
+    EXPECT_EQ(java.takeException().className, "java/lang/NoSuchMethodError");
+}
+
 TEST_F(DescriptorTextTest, PassesTheListenersOwnExceptionOn) {
     const JavaObject listener = java.collector(
         "fireFileErrorEvent", "(Ljava/lang/String;Ljava/lang/String;)V", [this](const Arguments&) {

@@ -57,21 +57,34 @@ TEST_F(FileAttributesTest, IsSilentWhenTheWordCannotBeSet) {
 TEST_F(FileAttributesTest, GoesByTheLongFormWhenTheAttributesCannotBeRead) {
     const auto read = system().answer("GetFileAttributesExW", FALSE, ERROR_PATH_NOT_FOUND);
     std::vector<std::wstring> paths;
+    const auto open = REPLACE(CreateFileW, [&](LPCWSTR path, auto...) {
+        paths.emplace_back(path);
+        return Ledger::fakeHandle();
+    });
+    const auto compress = system().answer("DeviceIoControl", TRUE);
     const auto set = REPLACE(SetFileAttributesW, [&](LPCWSTR path, DWORD) {
         paths.emplace_back(path);
         return TRUE;
     });
+    const auto encrypt = REPLACE(EncryptFileW, [&](LPCWSTR path) {
+        paths.emplace_back(path);
+        return TRUE;
+    });
 
-    setFileAttr(FILE_ATTRIBUTE_HIDDEN);
+    setFileAttr(FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_ENCRYPTED);
 
-    EXPECT_THAT(paths, ElementsAre(L"\\\\?\\" + (folder() / L"file")));
+    const std::wstring longForm = L"\\\\?\\" + (folder() / L"file");
+    EXPECT_THAT(paths, ElementsAre(longForm, longForm, longForm));
 }
 
 TEST_F(FileAttributesTest, CompressesBeforeItSetsTheWord) {
     std::vector<std::string> steps;
-    const auto open = system().watch("CreateFileW");
-    const auto control = REPLACE(DeviceIoControl, [&](HANDLE, DWORD code, LPVOID input, DWORD inputSize,
+    HANDLE opened = nullptr;
+    const auto open =
+        REPLACE(CreateFileW, [&](auto... arguments) { return opened = REAL(CreateFileW)(arguments...); });
+    const auto control = REPLACE(DeviceIoControl, [&](HANDLE file, DWORD code, LPVOID input, DWORD inputSize,
                                                       LPVOID output, DWORD, LPDWORD, LPOVERLAPPED) {
+        EXPECT_EQ(file, opened);
         EXPECT_EQ(code, 0x9C040u);
         EXPECT_EQ(inputSize, 2u);
         EXPECT_EQ(*static_cast<const USHORT*>(input), 1u);
@@ -113,6 +126,14 @@ TEST_F(FileAttributesTest, NamesThePathAsGivenWhenItCannotBeCompressed) {
     NATIVE(setFileAttr)(L"C:/missing/file", FILE_ATTRIBUTE_COMPRESSED);
 
     EXPECT_EQ(java.takeException(), ioException(L"Fail to compress file: C:/missing/file"));
+}
+
+TEST_F(FileAttributesTest, CutsTheMessageOfALongPathThatCannotBeCompressed) {
+    const std::wstring path = L"C:\\" + std::wstring(5000, L'd');
+
+    NATIVE(setFileAttr)(path, FILE_ATTRIBUTE_COMPRESSED);
+
+    EXPECT_EQ(java.takeException(), ioException((L"Fail to compress file: " + path).substr(0, 4095)));
 }
 
 TEST_F(FileAttributesTest, EncryptsAlsoWhenTheWordCannotBeSet) {
