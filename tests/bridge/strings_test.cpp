@@ -93,8 +93,34 @@ protected:
         {"mkdir", [this] { return NATIVE(mkdir)(path) ? 1 : 0; }},
         {"renameTo", [this] { return NATIVE(renameTo)(path, path) ? 1 : 0; }},
         {"getFileAttr", [this] { return NATIVE(getFileAttr)(path) + 1; }},
+        {"setFileAttr",
+         [this] {
+             NATIVE(setFileAttr)(path, FILE_ATTRIBUTE_DIRECTORY);
+             return 0;
+         }},
+        {"getLinkType", [this] { return NATIVE(getLinkType)(path) - 255; }},
+        {"getLinkTarget", [this] { return NATIVE(getLinkTarget)(path) ? 1 : 0; }},
+        {"isLink", [this] { return NATIVE(isLink)(path) ? 1 : 0; }},
+        {"isDirectoryJunction", [this] { return NATIVE(isDirectoryJunction)(path) ? 1 : 0; }},
+        {"isShortcut", [this] { return NATIVE(isShortcut)(path) ? 1 : 0; }},
+        {"isLibrary", [this] { return NATIVE(isLibrary)(path + L"x.library-ms") ? 1 : 0; }},
+        {"getLibraryFolders",
+         [this] {
+             const JavaObject folders = java.list();
+             NATIVE(getLibraryFolders)(path, folders);
+             return folders.elements().empty() ? 0 : 1;
+         }},
+        {"getLibraryIcon", [this] { return NATIVE(getLibraryIcon)(path) ? 1 : 0; }},
     };
     const std::wstring path = L"C:\\";
+
+    static void expectNothingAsked() {
+        for (const char* function :
+             {"GetFileAttributesExW", "GetFileAttributesW", "SetFileAttributesW", "CreateFileW",
+              "DeleteFileW", "CreateDirectoryW", "MoveFileW", "SHGetFileInfoW", "CoInitializeEx"}) {
+            EXPECT_EQ(system().count(function), 0u) << function;
+        }
+    }
 };
 
 TEST_F(WithoutMemoryTest, EachMethodAnswersNeutrallyAndAsksTheSystemNothing) {
@@ -103,14 +129,10 @@ TEST_F(WithoutMemoryTest, EachMethodAnswersNeutrallyAndAsksTheSystemNothing) {
 
         EXPECT_EQ(method(), 0) << name;
     }
-
-    for (const char* function : {"GetFileAttributesExW", "GetFileAttributesW", "CreateFileW", "DeleteFileW",
-                                 "CreateDirectoryW", "MoveFileW"}) {
-        EXPECT_EQ(system().count(function), 0u) << function;
-    }
+    expectNothingAsked();
 }
 
-TEST_F(WithoutMemoryTest, EachMethodLeavesTheErrorOfTheJvm) {
+TEST_F(WithoutMemoryTest, EachMethodLeavesTheErrorOfTheJvmAndAsksTheSystemNothing) {
     for (const auto& [name, method] : methods) {
         java.failCall("GetStringChars");
 
@@ -118,6 +140,7 @@ TEST_F(WithoutMemoryTest, EachMethodLeavesTheErrorOfTheJvm) {
 
         EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << name;
     }
+    expectNothingAsked();
 }
 
 TEST_F(WithoutMemoryTest, RenamingNeedsBothNames) {

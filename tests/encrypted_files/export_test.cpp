@@ -97,6 +97,15 @@ TEST_F(EncryptedExport, ThrowsWhenTheFileCannotBeOpened) {
               ioException(errorMessage(L"OpenEncryptedFileRawW", ERROR_FILE_NOT_FOUND)));
 }
 
+TEST_F(EncryptedExport, OpensNothingWhenJavaHasNoMemoryForThePath) {
+    java.failCall("GetStringChars");
+
+    EXPECT_EQ(NATIVE(openEncryptFile)(L"C:\\secret", 0), 0);
+
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(system().count("OpenEncryptedFileRawW"), 0u);
+}
+
 TEST_F(EncryptedExport, GivesTheContextOfAFailedOpenAsItStands) {
     const auto open = REPLACE(OpenEncryptedFileRawW, [](LPCWSTR, ULONG, PVOID* context) -> DWORD {
         *context = reinterpret_cast<PVOID>(0x1234);
