@@ -5,6 +5,7 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.qarvo.kel.util.Win32;
 import java.io.FileNotFoundException;
 import java.io.IOException;
 import java.nio.file.Files;
@@ -69,6 +70,7 @@ class LongPathTest extends EndToEnd {
         assertTrue(util.setLastModified(path, 1_000_000_000_000L));
         assertEquals(1_000_000_000_000L, util.lastModified(path));
         assertEquals(ARCHIVE, util.getFileAttr(path));
+        takesRightsAndAttributes(path);
         assertEquals(path, util.WinFile(path, true, true).getPath());
         assertTrue(util.exists(path));
         assertTrue(util.isDir(given));
@@ -81,5 +83,21 @@ class LongPathTest extends EndToEnd {
                 () -> util.openFile(path));
         assertTrue(util.delete(given + "\\" + newName));
         assertFalse(Files.exists(directory.resolve(newName)));
+    }
+
+    private static void takesRightsAndAttributes(String path) throws IOException {
+        String wider = SecurityTest.widened(dacl(path));
+
+        assertTrue(util.setFileAttrWithSecurityDescriptor(path, Win32.DACL_SECURITY_INFORMATION, wider,
+                HIDDEN | ARCHIVE));
+        assertEquals(wider, dacl(path));
+        assertEquals(HIDDEN | ARCHIVE, util.getFileAttr(path));
+
+        util.setFileAttr(path, ARCHIVE);
+        assertEquals(ARCHIVE, util.getFileAttr(path));
+    }
+
+    private static String dacl(String path) {
+        return util.getWinSecurityDescriptor(path, Win32.DACL_SECURITY_INFORMATION, null);
     }
 }

@@ -44,6 +44,13 @@ class SecurityTest extends EndToEnd {
         return util.getWinSecurityDescriptor(file, Win32.DACL_SECURITY_INFORMATION, null);
     }
 
+    /** The same rights, except that everybody may write. */
+    static String widened(String dacl) {
+        String wider = dacl.replace("0x1200a9;;;WD", EVERYONE_WRITES);
+        assertNotEquals(wider, dacl);
+        return wider;
+    }
+
     private static boolean isImpersonating() {
         HANDLEByReference token = new HANDLEByReference();
         if (!Advapi32.INSTANCE.OpenThreadToken(Kernel32.INSTANCE.GetCurrentThread(), WinNT.TOKEN_QUERY, true, token)) {
@@ -72,8 +79,7 @@ class SecurityTest extends EndToEnd {
 
     @Test
     void aDescriptorThatIsSetReadsBack() throws IOException {
-        String wider = dacl().replace("0x1200a9;;;WD", EVERYONE_WRITES);
-        assertNotEquals(wider, dacl());
+        String wider = widened(dacl());
 
         assertTrue(util.setFileAttrWithSecurityDescriptor(file, Win32.DACL_SECURITY_INFORMATION, wider, HIDDEN));
 
