@@ -1,6 +1,7 @@
 // Whether an account may read or write a file; whatever fails, the thread ends up acting as the process
 // itself.
 #include "descriptors.h"
+#include "guarded_heap.h"
 #include "thread_token.h"
 #include "winutil_test.h"
 
@@ -133,6 +134,7 @@ TEST_F(AccessCheckTest, MapsGenericRightsToItsOwn) {
 }
 
 TEST_F(AccessCheckTest, ReadsADescriptorBeyond256BytesAtTheSizeAskedFor) {
+    const GuardedHeap heap(system());
     const auto logon = acceptLogon();
     std::wstring sddl = L"O:SYG:SYD:";
     for (int i = 0; i < 20; ++i) {
