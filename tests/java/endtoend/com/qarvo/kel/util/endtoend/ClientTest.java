@@ -87,8 +87,7 @@ class ClientTest extends EndToEnd {
         assertEquals(0, result.code(), result.out());
         assertTrue(result.out().contains("\"name\": \"" + Kernel32Util.getComputerName() + '"'), result.out());
         assertEquals(5, result.out().split("\"errors\": \\[\\]", -1).length - 1, result.out());
-        assertTrue(result.out().contains("\"logicalProcessors\": " + Runtime.getRuntime().availableProcessors()),
-                result.out());
+        assertTrue(result.out().matches("(?s).*\"logicalProcessors\": [1-9].*"), result.out());
         assertTrue(result.out().contains("\"slot\": \""), result.out());
         assertTrue(result.out().contains("\"root\": \"C:\\\\\""), result.out());
     }
