@@ -234,7 +234,8 @@ class AllSubsystemsTest extends EndToEnd {
     }
 
     private static WinProcess launch(String commandLine) throws IOException {
-        return util.createProcessAsUserSession(null, commandLine, null, null, util.getSessionId());
+        return Starting.process(
+                () -> util.createProcessAsUserSession(null, commandLine, null, null, util.getSessionId()));
     }
 
     private void addNetworkJobs(Map<String, Callable<Object>> jobs, String pipe) {

@@ -37,7 +37,7 @@ class ClientTest extends EndToEnd {
                 "-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
                 System.getProperty("java.class.path"), "com.qarvo.winutil.backup.Main"));
         command.addAll(List.of(arguments));
-        Process process = new ProcessBuilder(command).start();
+        Process process = Starting.process(new ProcessBuilder(command)::start);
         try (BufferedReader out = process.inputReader(StandardCharsets.UTF_8);
                 BufferedReader err = process.errorReader(StandardCharsets.UTF_8)) {
             CompletableFuture<String> errors = CompletableFuture.supplyAsync(() -> text(err));

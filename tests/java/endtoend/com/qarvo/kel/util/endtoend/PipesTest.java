@@ -45,7 +45,7 @@ class PipesTest extends EndToEnd {
                 "-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
                 System.getProperty("java.class.path"), PipeEnd.class.getName()));
         command.addAll(List.of(arguments));
-        return new ProcessBuilder(command).redirectErrorStream(true).start();
+        return Starting.process(new ProcessBuilder(command).redirectErrorStream(true)::start);
     }
 
     /** Sends a message to a plain server that answers with these bytes. */

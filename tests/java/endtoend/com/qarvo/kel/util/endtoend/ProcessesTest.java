@@ -36,7 +36,8 @@ class ProcessesTest extends EndToEnd {
     private static final long OWN_ID = ProcessHandle.current().pid();
 
     private static WinProcess launch(String commandLine) throws IOException {
-        return util.createProcessAsUserSession(null, commandLine, null, null, util.getSessionId());
+        return Starting.process(
+                () -> util.createProcessAsUserSession(null, commandLine, null, null, util.getSessionId()));
     }
 
     private static byte[] readAll(WinPipe pipe) {
@@ -57,7 +58,8 @@ class ProcessesTest extends EndToEnd {
 
     private static WinProcess launch(Class<?> program) throws IOException {
         String file = System.getProperty("java.home") + "\\bin\\java.exe";
-        return util.createProcessAsUserSession(file, java(program), "unused", "C:\\", 1);
+        return Starting.process(
+                () -> util.createProcessAsUserSession(file, java(program), "unused", "C:\\", 1));
     }
 
     /** Says that it has begun, and goes on. */
@@ -70,7 +72,8 @@ class ProcessesTest extends EndToEnd {
 
     /** A program that runs until its input ends. */
     private static Process startWaiting() throws IOException {
-        return new ProcessBuilder("cmd.exe", "/c", "set /p line= & rem \u00E4 two  blanks").start();
+        return Starting.process(
+                new ProcessBuilder("cmd.exe", "/c", "set /p line= & rem \u00E4 two  blanks")::start);
     }
 
     @SuppressWarnings("unchecked")

@@ -27,9 +27,9 @@ class SharingViolationTest extends EndToEnd {
     @Test
     void aFileThatAnotherProcessHoldsIsGivenUpAfterTenWaits() throws Exception {
         Path path = Files.writeString(folder.resolve("held.txt"), "abc");
-        Process holder = new ProcessBuilder(System.getProperty("java.home") + "\\bin\\java.exe", "-cp",
-                System.getProperty("java.class.path"), Exclusive.class.getName(), path.toString())
-                .redirectErrorStream(true).start();
+        ProcessBuilder program = new ProcessBuilder(System.getProperty("java.home") + "\\bin\\java.exe", "-cp",
+                System.getProperty("java.class.path"), Exclusive.class.getName(), path.toString());
+        Process holder = Starting.process(program.redirectErrorStream(true)::start);
         try (BufferedReader output = holder.inputReader()) {
             assertEquals(Exclusive.READY, output.readLine());
             ExecutorService both = Executors.newFixedThreadPool(2);
