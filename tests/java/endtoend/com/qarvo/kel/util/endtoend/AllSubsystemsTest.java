@@ -204,38 +204,28 @@ class AllSubsystemsTest extends EndToEnd {
     private static void addProcessJobs(Map<String, Callable<Object>> jobs) {
         long self = ProcessHandle.current().pid();
         jobs.put("command line", () -> util.getProcessCommandLineArguments(self, false));
-        jobs.put("processes", () -> processes("java.exe").stream().filter(process -> process.getProcessId() == self)
-                .map(WinProcessInfo::toString).toList());
+        jobs.put("processes", () -> ProcessesTest.processes("java.exe").stream()
+                .filter(process -> process.getProcessId() == self).map(WinProcessInfo::toString).toList());
         jobs.put("service", AllSubsystemsTest::askForNoService);
         jobs.put("session", util::getSessionId);
         jobs.put("no pipe to read", () -> assertThrows(IOException.class,
                 () -> util.readHandle(0, new byte[1], 0, 1)).getMessage());
     }
 
-    @SuppressWarnings("unchecked")
-    private static List<WinProcessInfo> processes(String name) throws IOException {
-        return util.getProcessInfo(name);
-    }
-
     private void addLaunchJobs(Map<String, Callable<Object>> jobs, String thread) {
         jobs.put("failed launch", () -> {
             failedLaunches.incrementAndGet();
-            return assertThrows(IOException.class, () -> launch("no-such-program.exe")).getMessage();
+            return assertThrows(IOException.class, () -> ProcessesTest.launch("no-such-program.exe")).getMessage();
         });
         // A new process takes this system so long that the others would hardly get a turn if all threads made some.
         if (thread.equals(FIRST_THREAD)) {
             jobs.put("launch", () -> {
-                try (WinProcess child = launch("cmd.exe /c \"echo text& exit 5\"")) {
+                try (WinProcess child = ProcessesTest.launch("cmd.exe /c \"echo text& exit 5\"")) {
                     String output = new String(child.getStandardOutput().readAllBytes(), StandardCharsets.UTF_8);
                     return output + child.waitFor();
                 }
             });
         }
-    }
-
-    private static WinProcess launch(String commandLine) throws IOException {
-        return Starting.process(
-                () -> util.createProcessAsUserSession(null, commandLine, null, null, util.getSessionId()));
     }
 
     private void addNetworkJobs(Map<String, Callable<Object>> jobs, String pipe) {

@@ -35,7 +35,7 @@ class ProcessesTest extends EndToEnd {
     private static final int NO_SUCH_PROCESS = 0x7FFFFFF0;
     private static final long OWN_ID = ProcessHandle.current().pid();
 
-    private static WinProcess launch(String commandLine) throws IOException {
+    static WinProcess launch(String commandLine) throws IOException {
         return Starting.process(
                 () -> util.createProcessAsUserSession(null, commandLine, null, null, util.getSessionId()));
     }
@@ -77,7 +77,7 @@ class ProcessesTest extends EndToEnd {
     }
 
     @SuppressWarnings("unchecked")
-    private static List<WinProcessInfo> processes(String name) throws IOException {
+    static List<WinProcessInfo> processes(String name) throws IOException {
         return util.getProcessInfo(name);
     }
 
