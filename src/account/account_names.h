@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include "account/sids.h"
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil::account {
 

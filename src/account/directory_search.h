@@ -1,7 +1,7 @@
 #pragma once
 
 #include "account/directory_objects.h"
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil::account {
 

@@ -6,6 +6,7 @@
 #include <lmerr.h>
 
 #include "bridge/java_classes.h"
+#include "bridge/legacy.h"
 #include "bridge/owners.h"
 
 namespace winutil::account {

@@ -50,20 +50,9 @@ public:
 
 // Memory that a COM method allocated for its caller.
 template <class T>
-struct ComMemoryKind {
-    using Value = T*;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { CoTaskMemFree(value); }
-};
-template <class T>
-using ComMemory = Owned<ComMemoryKind<T>>;
+using ComMemory = Resource<T*, CoTaskMemFree>;
 
 // A text of COM's automation, made with SysAllocString or handed out by a method.
-struct BstrKind {
-    using Value = BSTR;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { SysFreeString(value); }
-};
-using Bstr = Owned<BstrKind>;
+using Bstr = Resource<BSTR, SysFreeString>;
 
 }  // namespace winutil

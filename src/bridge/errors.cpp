@@ -1,8 +1,5 @@
 #include "bridge/errors.h"
 
-#include <cstdio>
-#include <cwchar>
-
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
 
@@ -44,8 +41,6 @@ LocalMemory<wchar_t> findSystemText(DWORD code) noexcept {
     return text;
 }
 
-// In wide formats %s takes a wide string here: the _s functions are the C runtime's own, on mingw as with
-// Visual C++.
 void formatWin32Error(const wchar_t* tag, DWORD code, wchar_t* buffer, std::size_t capacity) noexcept {
     const SystemText text(code);
     const auto number = static_cast<int>(code);
@@ -89,6 +84,19 @@ void throwRuntimeException(JNIEnv* env, const wchar_t* message) noexcept {
 
 void throwAccountRestrictionException(JNIEnv* env, const wchar_t* message) noexcept {
     throwJavaException(env, java_class::accountRestrictionException, message);
+}
+
+void throwWin32Error(JNIEnv* env, const wchar_t* tag, DWORD code) noexcept {
+    ErrorBuffer errorBuffer;
+    errorBuffer.format(tag, code);
+    throwIOException(env, errorBuffer.text());
+}
+
+void throwOutOfMemoryError(JNIEnv* env) noexcept {
+    // Whoever has an exception pending has no answer to give either.
+    if (!exceptionPending(env)) {
+        throwJavaException(env, java_class::outOfMemoryError, SystemText(ERROR_NOT_ENOUGH_MEMORY).get());
+    }
 }
 
 void throwOpenError(JNIEnv* env, DWORD code, const wchar_t* message) noexcept {

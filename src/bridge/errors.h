@@ -5,28 +5,11 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <cstdio>
 
 #include "bridge/owners.h"
 
 namespace winutil {
-
-// The message that a native method's workers leave for it. It begins empty; only its first character is
-// cleared, since the methods that move data make one per call.
-class ErrorBuffer {
-public:
-    static constexpr std::size_t capacity = 4096;
-
-    ErrorBuffer() noexcept { text_[0] = L'\0'; }
-    ErrorBuffer(const ErrorBuffer&) = delete;
-    ErrorBuffer& operator=(const ErrorBuffer&) = delete;
-    ~ErrorBuffer() = default;
-
-    wchar_t* text() noexcept { return text_; }
-    bool empty() const noexcept { return text_[0] == L'\0'; }
-
-private:
-    wchar_t text_[capacity];
-};
 
 // What a message says where the system has no text for a code.
 inline constexpr wchar_t noSystemText[] = L"Failed to obtain error message";
@@ -53,6 +36,47 @@ void formatWin32Error(const wchar_t* tag, DWORD code, wchar_t* buffer, std::size
 void formatWin32Error(const wchar_t* message, const wchar_t* tag, DWORD code, wchar_t* buffer,
                       std::size_t capacity) noexcept;
 
+// A failure on its way to the native method that raises it: its message, and its code where it has one. A
+// worker that fails leaves it here. It begins empty; only the first character is cleared, since the methods
+// that move data make one per call.
+class ErrorBuffer {
+public:
+    static constexpr std::size_t capacity = 4096;
+
+    ErrorBuffer() noexcept { text_[0] = L'\0'; }
+    ErrorBuffer(const ErrorBuffer&) = delete;
+    ErrorBuffer& operator=(const ErrorBuffer&) = delete;
+    ~ErrorBuffer() = default;
+
+    // "[tag] (code) system text"
+    void format(const wchar_t* tag, DWORD code) noexcept {
+        code_ = code;
+        formatWin32Error(tag, code, text_, capacity);
+    }
+
+    // "message tag (code) system text"
+    void format(const wchar_t* message, const wchar_t* tag, DWORD code) noexcept {
+        code_ = code;
+        formatWin32Error(message, tag, code, text_, capacity);
+    }
+
+    // A message in words of the method's own. In wide formats %s takes a wide string: the _s functions are
+    // the C runtime's own, on mingw as with Visual C++.
+    template <class... Values>
+    void print(const wchar_t* format, Values... values) noexcept {
+        _snwprintf_s(text_, capacity, _TRUNCATE, format, values...);
+    }
+
+    wchar_t* text() noexcept { return text_; }
+    const wchar_t* text() const noexcept { return text_; }
+    bool empty() const noexcept { return text_[0] == L'\0'; }
+    DWORD code() const noexcept { return code_; }
+
+private:
+    DWORD code_ = ERROR_SUCCESS;
+    wchar_t text_[capacity];
+};
+
 // The throw workers leave an exception of their class pending; the native method releases what it holds and
 // returns at once. They do nothing without an environment. Where the class or its constructor is missing, the
 // error that the JVM left pending is what the Java caller sees.
@@ -63,6 +87,13 @@ void throwDiskFullException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwSecurityException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwRuntimeException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwAccountRestrictionException(JNIEnv* env, const wchar_t* message) noexcept;
+
+// Raises an IOException with "[tag] (code) system text".
+void throwWin32Error(JNIEnv* env, const wchar_t* tag, DWORD code) noexcept;
+
+// Raises what the JVM raises for an object that it has no memory for; it may have done so already. For what
+// there is no memory for in the library, or in the JVM without a word of its own.
+void throwOutOfMemoryError(JNIEnv* env) noexcept;
 
 // Raises the exception class that belongs to the code of a failed open.
 void throwOpenError(JNIEnv* env, DWORD code, const wchar_t* message) noexcept;

@@ -22,10 +22,10 @@ public:
     static void* operator new(std::size_t size) noexcept { return std::malloc(size); }
     static void operator delete(void* memory) noexcept { std::free(memory); }
 
-    // Calls the listener's fireFileErrorEvent(path, message) and returns whether Java was called; the
-    // exception that the listener threw is then pending. Does nothing without a listener. When the listener
-    // has no such method, the JVM's NoSuchMethodError is left pending: whoever goes on into Java takes it
-    // first.
+    // Calls the listener's fireFileErrorEvent(path, message); does nothing without a listener. Returns false
+    // when the listener has no such method: the JVM's NoSuchMethodError is left pending then, and whoever
+    // goes on into Java takes it first. Any other exception that is pending is the listener's own, or there
+    // was no memory for the texts.
     bool fireFileErrorEvent(const wchar_t* path, const wchar_t* message) noexcept;
 
 private:

@@ -20,7 +20,7 @@ public:
     ByteElements& operator=(const ByteElements&) = delete;
     ~ByteElements() { release(); }
 
-    // False when the JVM had no memory for them; its error is then pending.
+    // False when the JVM had no memory for them, of which it leaves no word.
     explicit operator bool() const noexcept { return elements_ != nullptr; }
     jbyte* get() const noexcept { return elements_; }
 

@@ -1,7 +1,5 @@
 #include "bridge/java_classes.h"
 
-#include "bridge/java_strings.h"
-
 namespace winutil {
 
 jmethodID findMethod(JNIEnv* env, jclass type, const JavaMethod& method) noexcept {
@@ -18,19 +16,6 @@ jmethodID findCollectorMethod(JNIEnv* env, jobject collector, const JavaMethod& 
         env->ExceptionClear();
     }
     return found;
-}
-
-bool exceptionPending(JNIEnv* env) noexcept {
-    return static_cast<bool>(LocalRef<jthrowable>(env, env->ExceptionOccurred()));
-}
-
-bool addText(JNIEnv* env, jobject collection, jmethodID add, const wchar_t* text) noexcept {
-    const LocalRef javaText(env, newJavaString(env, text));
-    if (!javaText) {
-        return false;
-    }
-    env->CallBooleanMethod(collection, add, javaText.get());
-    return !exceptionPending(env);
 }
 
 }  // namespace winutil

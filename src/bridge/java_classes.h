@@ -16,6 +16,7 @@ struct JavaMethod {
 namespace java_class {
 inline constexpr char ioException[] = "java/io/IOException";
 inline constexpr char fileNotFoundException[] = "java/io/FileNotFoundException";
+inline constexpr char outOfMemoryError[] = "java/lang/OutOfMemoryError";
 inline constexpr char runtimeException[] = "java/lang/RuntimeException";
 inline constexpr char securityException[] = "java/lang/SecurityException";
 inline constexpr char diskFullException[] = "com/qarvo/dov/io/DiskFullException";
@@ -82,11 +83,5 @@ jmethodID findMethod(JNIEnv* env, jclass type, const JavaMethod& method) noexcep
 // Returns the method of a collector's class, or null with nothing pending: a collector that lacks the method
 // is passed over, and the calls behind the lookup must stay legal. So is no collector at all.
 jmethodID findCollectorMethod(JNIEnv* env, jobject collector, const JavaMethod& method) noexcept;
-
-// Returns whether a Java exception is pending. Every call into Java is followed by this.
-bool exceptionPending(JNIEnv* env) noexcept;
-
-// Hands a text to a collection through its `add`. Returns false when a Java exception is pending.
-bool addText(JNIEnv* env, jobject collection, jmethodID add, const wchar_t* text) noexcept;
 
 }  // namespace winutil

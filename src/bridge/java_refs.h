@@ -40,4 +40,9 @@ private:
     T reference_ = nullptr;
 };
 
+// Returns whether a Java exception is pending. Every call into Java is followed by this.
+inline bool exceptionPending(JNIEnv* env) noexcept {
+    return static_cast<bool>(LocalRef<jthrowable>(env, env->ExceptionOccurred()));
+}
+
 }  // namespace winutil

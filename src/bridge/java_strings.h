@@ -1,4 +1,8 @@
-// Java strings on their way into Windows calls and back.
+// Java strings on their way into Windows calls and back. What a native method takes of its own arguments goes
+// through bridge/arguments.h.
+//
+// A JVM that has no memory for the characters of a string answers null and leaves no exception pending; only
+// what makes Java objects leaves an OutOfMemoryError.
 #pragma once
 
 #include <jni.h>
@@ -6,68 +10,40 @@
 
 #include <string_view>
 
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil {
 
-// Returns a copy of `text` as zero-terminated UTF-16; none when memory is exhausted (the JVM's error may be
-// pending). `text` must not be null.
-WideString toWideString(JNIEnv* env, jstring text) noexcept;
+// Whether a text is a password: of one, the JVM's copy is wiped before it goes back.
+enum class Secrecy { open, secret };
+
+// Returns a copy of `text` as zero-terminated UTF-16; none when memory is exhausted. `text` must not be null.
+WideString toWideString(JNIEnv* env, jstring text, Secrecy secrecy = Secrecy::open) noexcept;
 
 // Returns a new Java string of `text`, or null with an OutOfMemoryError pending.
 jstring newJavaString(JNIEnv* env, const wchar_t* text) noexcept;
 jstring newJavaString(JNIEnv* env, std::wstring_view text) noexcept;
 
-// Returns what a method answers whose arguments found no memory: the empty string, as for any other failure,
-// unless the JVM has said so already.
-jstring emptyUnlessPending(JNIEnv* env) noexcept;
-
-// Converts `source` from the active ANSI code page; does nothing when either pointer is null.
-// `capacity` counts wide characters of `destination`, the terminator included.
-void ansiToWide(wchar_t* destination, const char* source, int capacity) noexcept;
-
-// Returns a text in the active ANSI code page; none when it cannot be converted or memory is exhausted.
-HeapMemory<char> wideToAnsi(const wchar_t* source) noexcept;
-
-// Returns a copy of the first `length` characters of `text`, with room for `extra` more; none when memory is
-// exhausted.
-WideString copyText(const wchar_t* text, std::size_t length, std::size_t extra = 0) noexcept;
-
-// The characters of a Java string, zero-terminated in the buffer that the JVM handed out. The JVM does not
-// promise a terminator, but its buffer has room for one; writing it saves the copy that toWideString makes.
-class TerminatedChars {
+// The characters of a Java string as the JVM hands them out, given back at the end of the scope. Not
+// terminated: the JVM does not promise that.
+class JavaChars {
 public:
-    TerminatedChars(JNIEnv* env, jstring text) noexcept;
-    TerminatedChars(const TerminatedChars&) = delete;
-    TerminatedChars& operator=(const TerminatedChars&) = delete;
-    ~TerminatedChars();
+    JavaChars() noexcept = default;
+    JavaChars(const JavaChars&) = delete;
+    JavaChars& operator=(const JavaChars&) = delete;
+    ~JavaChars();
 
-    explicit operator bool() const noexcept { return chars_ != nullptr; }
-    wchar_t* get() const noexcept;
+    // Returns false when memory is exhausted. `text` must not be null.
+    bool take(JNIEnv* env, jstring text, Secrecy secrecy) noexcept;
+    wchar_t* get() const noexcept { return reinterpret_cast<wchar_t*>(const_cast<jchar*>(chars_)); }
+    std::size_t length() const noexcept { return length_; }
 
 private:
-    JNIEnv* env_;
-    jstring text_;
-    const jchar* chars_;
-};
-
-// The modified UTF-8 bytes of a Java string for an ANSI call, as they are: right for ASCII names only, which
-// is what the callers of those methods pass. A null string gives null.
-class NarrowChars {
-public:
-    NarrowChars(JNIEnv* env, jstring text) noexcept;
-    NarrowChars(const NarrowChars&) = delete;
-    NarrowChars& operator=(const NarrowChars&) = delete;
-    ~NarrowChars();
-
-    // False when the JVM had no memory for them; its error is then pending.
-    explicit operator bool() const noexcept { return chars_ != nullptr || text_ == nullptr; }
-    const char* get() const noexcept { return chars_; }
-
-private:
-    JNIEnv* env_;
-    jstring text_;
-    const char* chars_;
+    JNIEnv* env_ = nullptr;
+    jstring text_ = nullptr;
+    const jchar* chars_ = nullptr;
+    std::size_t length_ = 0;
+    bool wipe_ = false;
 };
 
 }  // namespace winutil

@@ -9,6 +9,7 @@
 // lmapibuf.h needs the types of lmcons.h.
 #include <lmapibuf.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <utility>
 
@@ -54,96 +55,57 @@ private:
     Value value_ = Kind::none();
 };
 
-// A handle whose "none" is INVALID_HANDLE_VALUE: files and devices.
-struct FileHandleKind {
-    using Value = HANDLE;
-    static Value none() noexcept { return INVALID_HANDLE_VALUE; }
-    static void close(Value value) noexcept { CloseHandle(value); }
+// What one call closes or frees, and the value that stands for none.
+template <class T, auto closeFunction, std::intptr_t noneValue = 0>
+struct ResourceKind {
+    using Value = T;
+    static Value none() noexcept { return reinterpret_cast<Value>(noneValue); }
+    static void close(Value value) noexcept { closeFunction(value); }
 };
-using FileHandle = Owned<FileHandleKind>;
+template <class T, auto closeFunction, std::intptr_t noneValue = 0>
+using Resource = Owned<ResourceKind<T, closeFunction, noneValue>>;
 
-// A handle whose "none" is null: tokens, processes, threads, events.
-struct KernelHandleKind {
-    using Value = HANDLE;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { CloseHandle(value); }
-};
-using KernelHandle = Owned<KernelHandleKind>;
+// INVALID_HANDLE_VALUE as the number that it is.
+inline constexpr std::intptr_t invalidHandle = -1;
 
-// A directory search; closed with FindClose, not CloseHandle.
-struct SearchHandleKind {
-    using Value = HANDLE;
-    static Value none() noexcept { return INVALID_HANDLE_VALUE; }
-    static void close(Value value) noexcept { FindClose(value); }
-};
-using SearchHandle = Owned<SearchHandleKind>;
+// Files and devices.
+using FileHandle = Resource<HANDLE, CloseHandle, invalidHandle>;
 
-// A search for volumes.
-struct VolumeSearchKind {
-    using Value = HANDLE;
-    static Value none() noexcept { return INVALID_HANDLE_VALUE; }
-    static void close(Value value) noexcept { FindVolumeClose(value); }
-};
-using VolumeSearch = Owned<VolumeSearchKind>;
+// Tokens, processes, threads, events.
+using KernelHandle = Resource<HANDLE, CloseHandle>;
+
+// A directory search, and a search for volumes.
+using SearchHandle = Resource<HANDLE, FindClose, invalidHandle>;
+using VolumeSearch = Resource<HANDLE, FindVolumeClose, invalidHandle>;
 
 // A module reference taken with LoadLibrary.
-struct ModuleKind {
-    using Value = HMODULE;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { FreeLibrary(value); }
-};
-using Module = Owned<ModuleKind>;
+using Module = Resource<HMODULE, FreeLibrary>;
 
 // An open registry key.
-struct RegistryKeyKind {
-    using Value = HKEY;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { RegCloseKey(value); }
-};
-using RegistryKey = Owned<RegistryKeyKind>;
+using RegistryKey = Resource<HKEY, RegCloseKey>;
 
 // Memory that the system allocated with LocalAlloc: message texts, security descriptors and their texts.
 template <class T>
-struct LocalMemoryKind {
-    using Value = T*;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { LocalFree(value); }
-};
-template <class T>
-using LocalMemory = Owned<LocalMemoryKind<T>>;
+using LocalMemory = Resource<T*, LocalFree>;
+
+// Memory from GlobalAlloc.
+using GlobalMemory = Resource<void*, GlobalFree>;
+
+inline void freeToProcessHeap(void* memory) noexcept {
+    HeapFree(GetProcessHeap(), 0, memory);
+}
 
 // Memory from the process heap.
 template <class T>
-struct ProcessHeapMemoryKind {
-    using Value = T*;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { HeapFree(GetProcessHeap(), 0, value); }
-};
-template <class T>
-using ProcessHeapMemory = Owned<ProcessHeapMemoryKind<T>>;
+using ProcessHeapMemory = Resource<T*, freeToProcessHeap>;
 
 // A buffer that a Net... call handed out.
 template <class T>
-struct NetMemoryKind {
-    using Value = T*;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { NetApiBufferFree(value); }
-};
-template <class T>
-using NetMemory = Owned<NetMemoryKind<T>>;
+using NetMemory = Resource<T*, NetApiBufferFree>;
 
 // Memory from malloc.
 template <class T>
-struct HeapMemoryKind {
-    using Value = T*;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { std::free(static_cast<void*>(value)); }
-};
-template <class T>
-using HeapMemory = Owned<HeapMemoryKind<T>>;
-
-// Zero-terminated UTF-16 text in memory from malloc.
-using WideString = HeapMemory<wchar_t>;
+using HeapMemory = Resource<T*, std::free>;
 
 // New memory for `count` elements of T, or none when there is none left.
 template <class T>

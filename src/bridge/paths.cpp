@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "bridge/java_strings.h"
+#include "bridge/java_times.h"
 
 namespace winutil {
 
@@ -16,10 +16,6 @@ constexpr std::wstring_view networkPrefix = L"\\\\";
 
 // The longest prefix and the terminator: what a long form may have beyond the path.
 constexpr std::size_t longFormRoom = 15;
-
-constexpr std::int64_t fileTimeUnitsPerMillisecond = 10000;
-// From 1601-01-01, where FILETIME counts from, to 1970-01-01.
-constexpr std::int64_t millisecondsBetweenEpochs = 11644473600000;
 
 HANDLE openForTimes(const wchar_t* path) noexcept {
     constexpr DWORD flags = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT | FILE_ATTRIBUTE_NORMAL;
@@ -49,42 +45,31 @@ bool beginsAsNetworkPath(std::wstring_view path) noexcept {
 
 WideString toLongPath(const wchar_t* path, std::size_t extra) noexcept {
     const std::wstring_view given(path);
-    if (hasLongPrefix(given) || beginsWith(given, devicePrefix)) {
-        return copyText(path, given.size(), longFormRoom + extra);
-    }
-    const bool network = beginsAsNetworkPath(given);
-    const std::wstring_view prefix = network ? longNetworkPrefix : longPrefix;
-    const wchar_t* rest = network ? path + networkPrefix.size() : path;
     const std::size_t capacity = given.size() + longFormRoom + extra;
     WideString result = allocate<wchar_t>(capacity);
-    if (result) {
-        wcscpy_s(result.get(), capacity, prefix.data());
-        wcscat_s(result.get(), capacity, rest);
-        std::replace(result.get(), result.get() + std::wcslen(result.get()), L'/', L'\\');
+    if (!result) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return result;
     }
+    if (hasLongPrefix(given) || beginsWith(given, devicePrefix)) {
+        wcscpy_s(result.get(), capacity, path);
+        return result;
+    }
+    const bool network = beginsAsNetworkPath(given);
+    wcscpy_s(result.get(), capacity, network ? longNetworkPrefix.data() : longPrefix.data());
+    wcscat_s(result.get(), capacity, network ? path + networkPrefix.size() : path);
+    std::replace(result.get(), result.get() + std::wcslen(result.get()), L'/', L'\\');
     return result;
-}
-
-std::int64_t toJavaTime(const FILETIME& time) noexcept {
-    const auto units =
-        static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-    return units / fileTimeUnitsPerMillisecond - millisecondsBetweenEpochs;
-}
-
-FILETIME fromJavaTime(std::int64_t milliseconds) noexcept {
-    // Unsigned, so that a time out of range wraps around instead of being undefined.
-    const std::uint64_t units =
-        (static_cast<std::uint64_t>(milliseconds) + static_cast<std::uint64_t>(millisecondsBetweenEpochs)) *
-        static_cast<std::uint64_t>(fileTimeUnitsPerMillisecond);
-    return {static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
 }
 
 bool readAttributeData(const wchar_t* path, void* data) noexcept {
     return GetFileAttributesExW(path, GetFileExInfoStandard, data) != FALSE;
 }
 
-bool readAttributeDataWithRetry(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) noexcept {
-    return readAttributeData(path, &data) || readAttributeData(toLongPath(path).get(), &data);
+std::optional<bool> readAttributeDataWithRetry(const wchar_t* path,
+                                               WIN32_FILE_ATTRIBUTE_DATA& data) noexcept {
+    return callWithRetry(path,
+                         [&](const wchar_t* tried) noexcept { return readAttributeData(tried, &data); });
 }
 
 const wchar_t* readablePath(const wchar_t* path, WideString& longForm) noexcept {
@@ -97,38 +82,51 @@ const wchar_t* readablePath(const wchar_t* path, WideString& longForm) noexcept 
 }
 
 bool makeDirectory(const wchar_t* path) noexcept {
-    return CreateDirectoryW(path, nullptr) || CreateDirectoryW(toLongPath(path).get(), nullptr);
+    const auto make = [](const wchar_t* tried) noexcept { return CreateDirectoryW(tried, nullptr) != FALSE; };
+    return callWithRetry(path, make).value_or(false);
 }
 
-bool setLastModifiedTime(const wchar_t* path, std::int64_t milliseconds) noexcept {
-    HANDLE file = openForTimes(path);
-    if (file == INVALID_HANDLE_VALUE) {
-        file = openForTimes(toLongPath(path).get());
+std::optional<bool> setLastModifiedTime(const wchar_t* path, std::int64_t milliseconds) noexcept {
+    HANDLE file = INVALID_HANDLE_VALUE;
+    const std::optional<bool> opened = callWithRetry(path, [&](const wchar_t* tried) noexcept {
+        file = openForTimes(tried);
+        return file != INVALID_HANDLE_VALUE;
+    });
+    if (!opened) {
+        return std::nullopt;
     }
     const FILETIME lastWrite = fromJavaTime(milliseconds);
-    const bool done = file != INVALID_HANDLE_VALUE && SetFileTime(file, nullptr, nullptr, &lastWrite);
+    const bool done = *opened && SetFileTime(file, nullptr, nullptr, &lastWrite);
     const DWORD error = GetLastError();
-    // Without an owner on purpose: the invalid handle of a failed open is closed too, which is harmless.
+    // Required: no owner, because the invalid handle of a failed open is closed too, which is harmless.
     CloseHandle(file);
     SetLastError(error);
     return done;
 }
 
-std::int64_t lastModifiedTime(const wchar_t* path) noexcept {
+std::optional<std::int64_t> lastModifiedTime(const wchar_t* path) noexcept {
     WIN32_FILE_ATTRIBUTE_DATA data;
-    return readAttributeDataWithRetry(path, data) ? toJavaTime(data.ftLastWriteTime) : 0;
+    const std::optional<bool> read = readAttributeDataWithRetry(path, data);
+    if (!read) {
+        return std::nullopt;
+    }
+    return *read ? toJavaTime(data.ftLastWriteTime) : 0;
 }
 
-bool deleteFile(const wchar_t* path) noexcept {
-    return clearAndDelete(path) || clearAndDelete(toLongPath(path).get());
+std::optional<bool> deleteFile(const wchar_t* path) noexcept {
+    return callWithRetry(path, clearAndDelete);
 }
 
-bool isDirectoryPath(const wchar_t* path) noexcept {
+std::optional<bool> isDirectoryPath(const wchar_t* path) noexcept {
     WIN32_FILE_ATTRIBUTE_DATA data;
-    return readAttributeDataWithRetry(path, data) && (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const std::optional<bool> read = readAttributeDataWithRetry(path, data);
+    if (!read) {
+        return std::nullopt;
+    }
+    return *read && (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool pathExists(const wchar_t* path) noexcept {
+std::optional<bool> pathExists(const wchar_t* path) noexcept {
     WIN32_FILE_ATTRIBUTE_DATA data;
     return readAttributeDataWithRetry(path, data);
 }
@@ -137,10 +135,18 @@ bool renamePath(const wchar_t* from, const wchar_t* to) noexcept {
     if (MoveFileW(from, to)) {
         return true;
     }
+    const DWORD code = GetLastError();
     if (hasLongPrefix(from) && hasLongPrefix(to)) {
         return false;
     }
-    return MoveFileW(toLongPath(from).get(), toLongPath(to).get()) != FALSE;
+    const WideString longFrom = toLongPath(from);
+    const WideString longTo = toLongPath(to);
+    if (!longFrom || !longTo) {
+        // A system was seen to take a null new name for the wish to delete the file.
+        SetLastError(code);
+        return false;
+    }
+    return MoveFileW(longFrom.get(), longTo.get()) != FALSE;
 }
 
 CallText expandShortNames(const wchar_t* path) noexcept {

@@ -9,8 +9,8 @@ namespace {
 
 // The message is made and dropped: callers go on without the privilege, and nothing is logged at load.
 DWORD failed(const wchar_t* tag) noexcept {
-    ErrorBuffer message;
-    formatWin32Error(L"", tag, GetLastError(), message.text(), ErrorBuffer::capacity);
+    ErrorBuffer errorBuffer;
+    errorBuffer.format(L"", tag, GetLastError());
     return ERROR_FUNCTION_FAILED;
 }
 

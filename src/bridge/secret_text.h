@@ -3,7 +3,7 @@
 #include <jni.h>
 #include <windows.h>
 
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil {
 

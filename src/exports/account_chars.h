@@ -2,6 +2,7 @@
 
 #include "account/logon.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 
 namespace winutil {
 

@@ -1,5 +1,4 @@
 // Path forms and optional system functions.
-#include "bridge/errors.h"
 #include "bridge/java_strings.h"
 #include "bridge/optional_functions.h"
 #include "bridge/paths.h"
@@ -11,38 +10,29 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getLongPathName(JN
                                                                               jstring path) {
     CallText expanded;
     {
-        const TerminatedChars chars(env, path);
-        if (!chars) {
-            return nullptr;
-        }
-        expanded = expandShortNames(chars.get());
+        const Arguments arguments(env, inPlace(path));
+        expanded = arguments ? arguments.pass(expandShortNames) : CallText{};
     }
     return expanded.text ? newJavaString(env, {expanded.text.get(), expanded.length}) : path;
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_CovertEnvPathToFilePath(JNIEnv* env, jobject,
                                                                                       jstring path) {
-    const TerminatedChars chars(env, path);
-    if (!chars) {
-        return nullptr;
+    const Arguments arguments(env, inPlace(path));
+    const CallText expanded = arguments ? arguments.pass(expandEnvironmentVariables) : CallText{};
+    if (expanded.text) {
+        return newJavaString(env, {expanded.text.get(), expanded.length});
     }
-    const CallText expanded = expandEnvironmentVariables(chars.get());
-    if (!expanded.text) {
-        ErrorBuffer message;
-        formatWin32Error(L"CovertEnvPathToFilePath", GetLastError(), message.text(), ErrorBuffer::capacity);
-        throwRuntimeException(env, message.text());
-        return nullptr;
-    }
-    return newJavaString(env, {expanded.text.get(), expanded.length});
+    ErrorBuffer errorBuffer;
+    errorBuffer.format(L"CovertEnvPathToFilePath",
+                       arguments ? GetLastError() : DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    throwRuntimeException(env, errorBuffer.text());
+    return nullptr;
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isMethodSupported(JNIEnv* env, jobject,
                                                                                  jstring library,
                                                                                  jstring function) {
-    const NarrowChars libraryName(env, library);
-    if (!libraryName) {
-        return JNI_FALSE;
-    }
-    const NarrowChars functionName(env, function);
-    return toJava(functionName && isFunctionSupported(libraryName.get(), functionName.get()));
+    const Arguments arguments(env, narrow(library), narrow(function));
+    return toJava(arguments.orOutOfMemory() && arguments.pass(isFunctionSupported));
 }

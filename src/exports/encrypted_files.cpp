@@ -1,6 +1,7 @@
 // Encrypted-file raw streaming.
 #include "filesystem/encrypted_files.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "exports/entry.h"
 
 using namespace winutil;

@@ -1,5 +1,6 @@
 // File handles: opening, reading, writing, positioning, and what unbuffered I/O needs to know.
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "exports/entry.h"
 #include "fileio/open.h"
 #include "fileio/preallocation.h"

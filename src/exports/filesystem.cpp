@@ -5,6 +5,7 @@
 #include "bridge/ex_callback.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "bridge/paths.h"
 #include "exports/entry.h"
 #include "filesystem/file_operations.h"
@@ -54,7 +55,7 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_mkdir(JNIEnv* env
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_delete(JNIEnv* env, jobject, jstring path) {
     const WideString widePath = toWideString(env, path);
-    return toJava(widePath && filesystem::deleteExistingFile(widePath.get()));
+    return toJava(widePath && orOutOfMemory(env, filesystem::deleteExistingFile(widePath.get())));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_renameTo(JNIEnv* env, jobject, jstring from,
@@ -69,22 +70,22 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_renameTo(JNIEnv* 
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_exists(JNIEnv* env, jobject, jstring path) {
     const WideString widePath = toWideString(env, path);
-    return toJava(widePath && pathExists(widePath.get()));
+    return toJava(widePath && orOutOfMemory(env, pathExists(widePath.get())));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isDir(JNIEnv* env, jobject, jstring path) {
     const WideString widePath = toWideString(env, path);
-    return toJava(widePath && isDirectoryPath(widePath.get()));
+    return toJava(widePath && orOutOfMemory(env, isDirectoryPath(widePath.get())));
 }
 
 JNIEXPORT jlong JNICALL Java_com_qarvo_kel_util_WindowsUtil_lastModified(JNIEnv* env, jobject, jstring path) {
     const WideString widePath = toWideString(env, path);
-    return widePath ? lastModifiedTime(widePath.get()) : 0;
+    return widePath ? orOutOfMemory(env, lastModifiedTime(widePath.get())) : 0;
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setLastModified(JNIEnv* env, jobject,
                                                                                jstring path,
                                                                                jlong milliseconds) {
     const WideString widePath = toWideString(env, path);
-    return toJava(widePath && setLastModifiedTime(widePath.get(), milliseconds));
+    return toJava(widePath && orOutOfMemory(env, setLastModifiedTime(widePath.get(), milliseconds)));
 }

@@ -9,6 +9,7 @@
 #include "bridge/errors.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "bridge/optional_functions.h"
 #include "exports/entry.h"
 #include "host/environment.h"

@@ -4,6 +4,7 @@
 #include "bridge/java_arrays.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "exports/entry.h"
 #include "registry/hives.h"
 #include "registry/keys.h"

@@ -6,6 +6,7 @@
 #include "bridge/ex_callback.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "bridge/privileges.h"
 #include "bridge/system_version.h"
 #include "exports/account_chars.h"

@@ -1,6 +1,7 @@
 // Shortcuts, libraries and the system's own paths.
 #include "bridge/java_arrays.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "exports/entry.h"
 #include "filesystem/libraries.h"
 #include "filesystem/shortcuts.h"

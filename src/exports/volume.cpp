@@ -1,6 +1,7 @@
 // Volumes, partitions and drives, and the serial numbers of disks.
 #include "bridge/errors.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "bridge/optional_functions.h"
 #include "exports/entry.h"
 #include "volume/disk_serials.h"

@@ -37,7 +37,7 @@ bool makeDirectory(JNIEnv* env, const wchar_t* path) noexcept {
     }
     if (code == ERROR_PATH_NOT_FOUND && beginsAsNetworkPath(path)) {
         Sleep(shareDelay);
-        if (pathExists(path)) {
+        if (pathExists(path).value_or(false)) {
             return false;
         }
     }
@@ -51,8 +51,9 @@ bool makeDirectory(JNIEnv* env, const wchar_t* path) noexcept {
     return false;
 }
 
-bool deleteExistingFile(const wchar_t* path) noexcept {
-    return pathExists(path) && deleteFile(path);
+std::optional<bool> deleteExistingFile(const wchar_t* path) noexcept {
+    const std::optional<bool> exists = pathExists(path);
+    return exists.value_or(false) ? deleteFile(path) : exists;
 }
 
 }  // namespace winutil::filesystem

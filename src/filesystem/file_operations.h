@@ -2,6 +2,8 @@
 
 #include <jni.h>
 
+#include <optional>
+
 namespace winutil::filesystem {
 
 // Makes the last directory of a path. Returns false when it is there already, without an exception; any other
@@ -9,7 +11,7 @@ namespace winutil::filesystem {
 // missing it waits two seconds for the directory to appear.
 bool makeDirectory(JNIEnv* env, const wchar_t* path) noexcept;
 
-// Deletes a file that exists; never a directory.
-bool deleteExistingFile(const wchar_t* path) noexcept;
+// Deletes a file that exists; never a directory. None when memory is exhausted.
+std::optional<bool> deleteExistingFile(const wchar_t* path) noexcept;
 
 }  // namespace winutil::filesystem

@@ -6,6 +6,7 @@
 
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
+#include "bridge/java_times.h"
 #include "bridge/optional_functions.h"
 #include "bridge/paths.h"
 #include "filesystem/reparse_points.h"

@@ -6,6 +6,7 @@
 
 #include "bridge/com.h"
 #include "bridge/java_classes.h"
+#include "bridge/legacy.h"
 #include "bridge/optional_functions.h"
 
 namespace winutil::filesystem {

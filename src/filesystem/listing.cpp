@@ -7,6 +7,7 @@
 #include "bridge/errors.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
+#include "bridge/java_times.h"
 #include "bridge/optional_functions.h"
 #include "bridge/paths.h"
 #include "filesystem/file_records.h"
@@ -100,7 +101,8 @@ bool readEntrySecurity(Walk& walk, const wchar_t* path, WideString& text) noexce
     if (!walk.options.withSecurity) {
         return true;
     }
-    const bool enabled = isDirectoryPath(path) ? isNtfsVolume(path) : walk.options.securityOnFiles;
+    const bool enabled =
+        isDirectoryPath(path).value_or(false) ? isNtfsVolume(path) : walk.options.securityOnFiles;
     text = getSecurityDescriptorText(path, recordSecurity, false, enabled);
     return text || reportEntry(walk, path, GetLastError());
 }

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil::filesystem {
 

@@ -5,6 +5,7 @@
 #include <shlobj.h>
 
 #include "bridge/java_classes.h"
+#include "bridge/legacy.h"
 #include "bridge/optional_functions.h"
 #include "bridge/system_version.h"
 

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil::host {
 

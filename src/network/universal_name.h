@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil::network {
 

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "process/child_start.h"
 #include "process/launch.h"
 

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <span>
 
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil::registry {
 

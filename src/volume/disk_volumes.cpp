@@ -7,6 +7,7 @@
 #include "bridge/errors.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "volume/device_number.h"
 #include "volume/disk_layout.h"
 #include "volume/disk_number.h"

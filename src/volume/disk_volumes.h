@@ -5,7 +5,7 @@
 #include <windows.h>
 
 #include "bridge/list.h"
-#include "bridge/owners.h"
+#include "bridge/text.h"
 
 namespace winutil::volume {
 

@@ -8,6 +8,7 @@
 #include "bridge/errors.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
+#include "bridge/legacy.h"
 #include "bridge/paths.h"
 #include "bridge/standard_output.h"
 #include "volume/mount_list.h"

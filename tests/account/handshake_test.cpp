@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "scripted_provider.h"
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Acting as another account on the calling thread, and presenting credentials.
 #include "switched_privileges.h"
 #include "thread_token.h"
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include "scripted_provider.h"
 #include "switched_privileges.h"
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

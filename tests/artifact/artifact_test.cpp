@@ -6,7 +6,7 @@
 #include <iostream>
 
 #include "artifact_checks.h"
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

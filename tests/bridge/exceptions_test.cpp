@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "system_text.h"
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

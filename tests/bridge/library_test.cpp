@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <set>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The extended-length forms of paths, and the calls that are made once more with them.
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Listing into null: nothing is listed, and the JVM is not asked for the class of nothing, which would end
 // it.
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

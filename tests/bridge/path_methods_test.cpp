@@ -1,7 +1,7 @@
 // Short names made long, and variables in paths.
 #include <functional>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The steps of switching a privilege on, and what is left when one of them fails. (Which method switches
 // which privilege on is looked at elsewhere.)
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

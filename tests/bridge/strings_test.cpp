@@ -1,7 +1,7 @@
 // Texts on their way from Java into calls of the system and back.
 #include <functional>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

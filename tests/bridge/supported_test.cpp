@@ -1,5 +1,5 @@
 // Whether the system has a library and a function in it.
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
 // The bridge's workers themselves, for what no native method asks of them.
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 #include "bridge/errors.h"
 #include "bridge/ex_callback.h"
 #include "bridge/java_strings.h"
+#include "bridge/java_times.h"
 #include "bridge/paths.h"
 
 namespace {

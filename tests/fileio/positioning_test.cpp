@@ -1,5 +1,5 @@
 // Positions and sizes of open files.
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

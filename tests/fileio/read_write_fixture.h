@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace testbed {
 

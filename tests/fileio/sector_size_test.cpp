@@ -1,5 +1,5 @@
 // What unbuffered I/O needs to know: sector sizes, the page size, addresses of buffers.
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

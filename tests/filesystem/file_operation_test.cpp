@@ -1,6 +1,6 @@
 // Making, deleting, renaming, and what else is done with a path. (The calls with the long form are looked at
 // in the tests of the bridge.)
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

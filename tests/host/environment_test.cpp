@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Entries of the application event log. This system's log keeps none: what it is given is looked at instead.
 #include <cstdio>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

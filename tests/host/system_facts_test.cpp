@@ -8,7 +8,7 @@
 #include <cstring>
 #include <future>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

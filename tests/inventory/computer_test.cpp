@@ -1,5 +1,5 @@
 // The computer's model and the UUID of its motherboard.
-#include "wmi_test.h"
+#include "wmi_fixture.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Processors, memory modules and server features on their way to Java.
-#include "wmi_test.h"
+#include "wmi_fixture.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Properties whose values are not of the expected type.
-#include "wmi_test.h"
+#include "wmi_fixture.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The queries against the system's own WMI.
-#include "wmi_test.h"
+#include "wmi_fixture.h"
 
 namespace {
 

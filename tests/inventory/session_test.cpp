@@ -1,7 +1,7 @@
 // The session that all queries share: what it asks for, and what becomes of each step that fails.
 #include <cstring>
 
-#include "wmi_test.h"
+#include "wmi_fixture.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <wininet.h>
 #include <winnetwk.h>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

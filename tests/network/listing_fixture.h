@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "fake_network.h"
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace testbed {
 

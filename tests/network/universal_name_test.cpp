@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "guarded_heap.h"
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <functional>
 #include <map>
 
-#include "process_test.h"
+#include "process_fixture.h"
 
 namespace {
 

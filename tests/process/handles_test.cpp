@@ -4,7 +4,7 @@
 
 #include <userenv.h>
 
-#include "process_test.h"
+#include "process_fixture.h"
 
 namespace {
 

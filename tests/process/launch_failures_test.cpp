@@ -1,5 +1,5 @@
 // Launches that fail: what is told, what is given back, and what is let go.
-#include "launch_test.h"
+#include "launch_fixture.h"
 
 namespace {
 

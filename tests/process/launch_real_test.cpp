@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "child_program.h"
-#include "launch_test.h"
+#include "launch_fixture.h"
 #include "thread_token.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Launches that succeed: each call, its arguments, and what the launch keeps.
-#include "launch_test.h"
+#include "launch_fixture.h"
 #include "switched_privileges.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "child_program.h"
-#include "process_test.h"
+#include "process_fixture.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <winsvc.h>
 
-#include "process_test.h"
+#include "process_fixture.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Ending a process by its id.
-#include "process_test.h"
+#include "process_fixture.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string>
 
-#include "registry_test.h"
+#include "registry_fixture.h"
 
 namespace testbed {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "registry_test.h"
+#include "registry_fixture.h"
 
 namespace testbed {
 

@@ -1,7 +1,7 @@
 // Attaching hive files and reading what is in them.
 #include <string>
 
-#include "registry_test.h"
+#include "registry_fixture.h"
 
 namespace testbed {
 

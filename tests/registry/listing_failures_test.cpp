@@ -1,7 +1,7 @@
 // listRegistry where Java or the system does not play along.
 #include <string>
 
-#include "registry_test.h"
+#include "registry_fixture.h"
 
 namespace testbed {
 

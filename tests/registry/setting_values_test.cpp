@@ -2,7 +2,7 @@
 #include <optional>
 #include <string>
 
-#include "registry_test.h"
+#include "registry_fixture.h"
 
 namespace testbed {
 

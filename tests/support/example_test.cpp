@@ -1,5 +1,5 @@
 // How a test of the library looks. README.md beside this file explains the parts.
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 

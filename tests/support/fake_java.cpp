@@ -188,6 +188,10 @@ const std::vector<ArrayRelease>& FakeJava::arrayReleases() const {
     return state_->arrayReleases;
 }
 
+const std::vector<StringRelease>& FakeJava::stringReleases() const {
+    return state_->stringReleases;
+}
+
 void FakeJava::enterNative(const std::string& name) {
     state_->enterNative(name);
 }

@@ -25,6 +25,12 @@ struct ArrayRelease {
     jint mode;
 };
 
+// One Release...Chars of a string that a native method made, and whether it had wiped the characters.
+struct StringRelease {
+    JavaObject string;
+    bool wiped;
+};
+
 class FakeJava {
 public:
     FakeJava();
@@ -78,7 +84,8 @@ public:
     Thrown takeException();
     Exception takeExceptionObject();
 
-    // From now on call number k of a JNI function fails: it returns null, and the exception is pending.
+    // From now on call number k of a JNI function fails: it returns null, and the exception is pending. What
+    // hands out characters or elements leaves none, as in a virtual machine without memory.
     void failCall(const std::string& function, std::size_t k = 1,
                   const std::string& exceptionClass = "java/lang/OutOfMemoryError");
 
@@ -91,6 +98,7 @@ public:
     std::size_t liveReferences() const;  // local references that native code made and has not deleted
     std::size_t peakReferences() const;  // the most of them at one time
     const std::vector<ArrayRelease>& arrayReleases() const;
+    const std::vector<StringRelease>& stringReleases() const;
 
     // Begin and end of a native method: at the end nothing that it took may be left, but for its result.
     void enterNative(const std::string& name);

@@ -10,6 +10,7 @@ namespace {
 constexpr const char* exceptions[] = {
     "java/io/IOException",
     "java/io/FileNotFoundException",
+    "java/lang/OutOfMemoryError",
     "java/lang/RuntimeException",
     "java/lang/SecurityException",
     "com/qarvo/dov/io/DiskFullException",

@@ -9,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -78,6 +79,8 @@ public:
     // Takes a pin out, if the pointer came from that function for that object.
     std::optional<Pin> unpin(jobject reference, const void* pointer, const char* madeBy,
                              const char* releasedBy);
+    // Puts down how the characters of a string came back: as they were, or wiped. Any other change is wrong.
+    void noteRelease(const Pin& pin, std::span<const std::byte> given);
     // Looks at a pin without taking it out.
     const Pin* findPin(const void* pointer) const;
 
@@ -93,6 +96,7 @@ public:
     std::map<std::string, std::map<std::size_t, std::string>>
         failures;  // function, call number, exception class
     std::vector<ArrayRelease> arrayReleases;
+    std::vector<StringRelease> stringReleases;
     std::map<std::string, std::size_t> expectedPins;  // function, how many of its things stay
     Exception pending;
     JavaObject self;

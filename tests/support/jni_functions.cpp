@@ -179,12 +179,8 @@ const jchar* JNICALL getStringChars(JNIEnv* env, jstring string, jboolean* isCop
 void JNICALL releaseStringChars(JNIEnv* env, jstring string, const jchar* chars) {
     JavaState& java = JavaState::of(env);
     java.enter("ReleaseStringChars", WhilePending::legal);
-    const auto pin = java.unpin(string, chars, "GetStringChars", "ReleaseStringChars");
-    if (pin) {
-        const std::wstring& text = pin->object.text();
-        if (std::memcmp(pin->buffer.data(), text.data(), text.size() * sizeof(wchar_t)) != 0) {
-            java.fail("the characters of a string were changed");
-        }
+    if (const auto pin = java.unpin(string, chars, "GetStringChars", "ReleaseStringChars")) {
+        java.noteRelease(*pin, std::as_bytes(std::span(pin->object.text())));
     }
 }
 
@@ -218,7 +214,10 @@ const char* JNICALL getStringUtfChars(JNIEnv* env, jstring string, jboolean* isC
 void JNICALL releaseStringUtfChars(JNIEnv* env, jstring string, const char* bytes) {
     JavaState& java = JavaState::of(env);
     java.enter("ReleaseStringUTFChars", WhilePending::legal);
-    java.unpin(string, bytes, "GetStringUTFChars", "ReleaseStringUTFChars");
+    if (const auto pin = java.unpin(string, bytes, "GetStringUTFChars", "ReleaseStringUTFChars")) {
+        const std::string given = toModifiedUtf8(pin->object.text());
+        java.noteRelease(*pin, std::as_bytes(std::span(given)));
+    }
 }
 
 // Arrays

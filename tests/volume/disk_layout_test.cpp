@@ -1,6 +1,6 @@
 #include "volume/disk_layout.h"
 
-#include "volume_test.h"
+#include "volume_fixture.h"
 
 namespace testbed {
 

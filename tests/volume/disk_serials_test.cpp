@@ -2,7 +2,7 @@
 #include <optional>
 #include <string>
 
-#include "disk_serials_test.h"
+#include "disk_serials_fixture.h"
 #include "guarded_heap.h"
 
 namespace testbed {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "guarded_heap.h"
-#include "volume_test.h"
+#include "volume_fixture.h"
 
 namespace testbed {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "volume_test.h"
+#include "volume_fixture.h"
 
 namespace testbed {
 

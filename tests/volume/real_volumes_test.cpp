@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace testbed {
 

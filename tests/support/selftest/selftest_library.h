@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "library_under_test.h"
 #include "temp_folder.h"
+#include "tested_library.h"
 
 namespace testbed {
 

@@ -1,7 +1,7 @@
 // Tests that do what no test may. gates_test.cpp runs each in a process of its own and wants it to fail.
 #include "guarded_heap.h"
 #include "selftest_library.h"
-#include "winutil_test.h"
+#include "winutil_fixture.h"
 
 namespace {
 
