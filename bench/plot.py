@@ -26,7 +26,7 @@ def draw(rows, path):
         axes.errorbar(median, position, xerr=[[lower], [upper]], fmt="o", markersize=4, color=colour, capsize=2)
         if row["aim"]:
             axes.plot(float(row["aim"]), position, marker="|", markersize=11, color="black")
-    axes.set_yticks(range(len(rows)), [f"{row['job']} / {row['against']}" for row in rows], fontsize=7)
+    axes.set_yticks(range(len(rows)), [f"{row['job']} / {row['what']}" for row in rows], fontsize=7)
     axes.set_ylim(len(rows), -1)
     axes.set_xscale("log")
     axes.set_xticks([0.1, 0.2, 0.5, 1, 2, 5], ["0.1", "0.2", "0.5", "1", "2", "5"])

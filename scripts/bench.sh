@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Measures the library against its alternatives (about 12 minutes) and writes docs/benchmark.md and docs/benchmark.svg;
-# the figures of every round are left in build/bench. Installs what is missing (Debian 12, as root).
+# Measures the library against its alternatives (about 12 minutes) and writes docs/benchmark.csv, .md and .svg and the
+# figures in README.md; those of every round are left in build/bench. Installs what is missing (Debian 12, as root).
 #
 #   scripts/bench.sh                     the whole benchmark
-#   scripts/bench.sh --only REGEX ...    options for the benchmark itself (--help); docs/ is left alone then
+#   scripts/bench.sh --only REGEX ...    options for the benchmark itself (--help); these files are left alone then
 #   BENCH_CPU=N                          the one CPU that everything is bound to (default: the last one allowed)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -33,8 +33,10 @@ WINEPREFIX=$prefix taskset -c "${BENCH_CPU:-$allowed}" \
     wine "$WINDOWS_JAVA_HOME/bin/java.exe" "@Z:$(realpath "$build")/bench/benchmark.args" --keep --many "Z:$prefix/many" "$@"
 
 if [ "${full:-}" = yes ]; then
+    cp "$results/results.csv" docs/benchmark.csv
     cp "$results/benchmark.md" docs/benchmark.md
     # Debian's own Python: the plotting library is one of its packages.
-    /usr/bin/python3 bench/plot.py "$results/results.csv" docs/benchmark.svg
-    echo "bench: wrote docs/benchmark.md and docs/benchmark.svg; every round is in $results/rounds.csv"
+    /usr/bin/python3 bench/plot.py docs/benchmark.csv docs/benchmark.svg
+    scripts/readme_tables.py --write
+    echo "bench: wrote docs/benchmark.* and README.md; every round is in $results/rounds.csv"
 fi

@@ -4,8 +4,8 @@ package com.qarvo.winutil.bench;
  * A measured figure with what it should be.
  *
  * @param job the job it belongs to
- * @param what the contender compared with, or the thing counted
- * @param unit "x" for a ratio of times
+ * @param what the contender compared with or timed, or the thing counted
+ * @param unit "x" for a ratio of times, "us per ..." for a time
  * @param value median and quartiles
  * @param aim the most it may be, NaN where there is no aim
  * @param rounds how often it was taken

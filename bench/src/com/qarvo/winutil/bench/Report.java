@@ -8,6 +8,7 @@ import java.time.LocalDate;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Locale;
+import java.util.stream.Collectors;
 
 /** Collects what was measured and writes it: a table on the terminal, CSV, Markdown. */
 final class Report {
@@ -19,6 +20,7 @@ final class Report {
         Job job = result.job();
         System.out.println(text("%s (%d rounds)", job.name(), result.rounds().size()));
         print("", job.contenders().get(0).name(), time(result, 0), "");
+        figures.addAll(times(result));
         List<Figure> ratios = Aims.figures(result);
         for (int i = 1; i < job.contenders().size(); i++) {
             Figure ratio = ratios.get(i - 1);
@@ -40,7 +42,17 @@ final class Report {
     }
 
     private static String time(JobResult result, int contender) {
-        return text("%.2f us per %s", result.timePerUnit(contender).median() / 1000, result.job().unit());
+        return text("%.2f us per %s", result.timePerUnit(contender).median(), result.job().unit());
+    }
+
+    private static List<Figure> times(JobResult result) {
+        Job job = result.job();
+        List<Figure> times = new ArrayList<>();
+        for (int i = 0; i < job.contenders().size(); i++) {
+            times.add(new Figure(job.name(), job.contenders().get(i).name(), "us per " + job.unit(),
+                    result.timePerUnit(i), Double.NaN, result.rounds().size()));
+        }
+        return times;
     }
 
     List<Figure> missed() {
@@ -78,10 +90,10 @@ final class Report {
     void writeCsv(Path folder) throws IOException {
         Files.createDirectories(folder);
         try (PrintWriter out = new PrintWriter(Files.newBufferedWriter(folder.resolve("results.csv")))) {
-            out.print("job,against,unit,median,lower quartile,upper quartile,aim,met,rounds\n");
+            out.print("job,what,unit,median,lower quartile,upper quartile,aim,met,rounds\n");
             for (Figure figure : figures) {
                 Quartiles value = figure.value();
-                out.print(text("\"%s\",\"%s\",%s,%.4f,%.4f,%.4f,%s,%s,%d\n", figure.job(), figure.what(), figure.unit(),
+                out.print(text("\"%s\",\"%s\",%s,%.6f,%.6f,%.6f,%s,%s,%d\n", figure.job(), figure.what(), figure.unit(),
                         value.median(), value.lower(), value.upper(),
                         figure.hasAim() ? text("%.2f", figure.aim()) : "",
                         figure.hasAim() ? (figure.met() ? "yes" : "no") : "", figure.rounds()));
@@ -120,17 +132,13 @@ final class Report {
             out.print("\nTime per unit in microseconds, median:\n\n");
             out.print("| job | unit | contenders |\n|---|---|---|\n");
             for (JobResult result : results) {
-                out.print(text("| %s | %s | %s |\n", result.job().name(), result.job().unit(), times(result)));
+                out.print(text("| %s | %s | %s |\n", result.job().name(), result.job().unit(), timesText(result)));
             }
         }
     }
 
-    private static String times(JobResult result) {
-        List<String> times = new ArrayList<>();
-        for (int i = 0; i < result.job().contenders().size(); i++) {
-            times.add(text("%s %.2f", result.job().contenders().get(i).name(),
-                    result.timePerUnit(i).median() / 1000));
-        }
-        return String.join(", ", times);
+    private static String timesText(JobResult result) {
+        return times(result).stream().map(time -> text("%s %.2f", time.what(), time.value().median()))
+                .collect(Collectors.joining(", "));
     }
 }

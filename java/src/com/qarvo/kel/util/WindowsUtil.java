@@ -23,7 +23,9 @@ import java.util.Collection;
  * with {@code --enable-native-access=ALL-UNNAMED} (or the module {@code com.qarvo.winutil}).
  *
  * <p><b>Threads.</b> Instances have no state; one serves all threads, and any number may be made. Every method does its
- * work on the calling thread and returns when it is done. An interrupt of the thread ends none of them.
+ * work on the calling thread and returns when it is done. An interrupt of the thread ends none of them. Impersonation
+ * and COM belong to the platform thread: a virtual thread, which may move from one to another between two calls, must
+ * not call the methods that begin, use or end them.
  *
  * <p><b>What is not checked.</b> The natives are as close to the system as they can be, and a caller's mistake can end
  * the whole process:
@@ -39,13 +41,28 @@ import java.util.Collection;
  * when that fails, once more in long form, that is with <code>\\?\</code> (network paths: <code>\\?\UNC\</code>) in
  * front and backslashes throughout, so that paths of more than 260 characters work. A relative path is never made
  * absolute, so it works in the first attempt at most; <code>.</code> and <code>..</code> are not resolved in long form.
+ * The reason of a failure is that of the second attempt, so for such a path it may be false: {@link #mkdir} raises
+ * where the directory is there already. A path ends at a U+0000 in it.
  *
- * <p><b>Text.</b> Where a description says "ASCII", the method reaches the system in an older encoding, and other
- * characters may arrive garbled.
+ * <p>{@link #listWinFiles} gives paths without the prefix, and without it a name that ends in a dot or a blank, or that
+ * is a device's ({@code nul}, {@code com1}, ...), leads the other methods to another file; a path of more than 260
+ * characters is not found by those that try it as given only. Put <code>\\?\</code> in front before passing on such
+ * a path.
+ *
+ * <p><b>Text.</b> Where a description says "ASCII", the text goes to the system as if it were in the ANSI code page,
+ * which it is not: all other characters arrive garbled, even those of the code page.
+ *
+ * <p><b>Passwords.</b> The copies that the library and the JVM make of a password for a call are wiped; the string
+ * itself is the caller's.
  *
  * <p><b>Failures.</b> The message of an exception mostly reads {@code [Tag] (code) text}: the system function or method
  * that failed, the Win32 error code, and the system's own text in the user's language with the line break that the
  * system ends it with. A method that declares no exception reports failure by its result.
+ *
+ * <p>Where memory runs out for an argument or a block of the library's own, a method raises the exception that its
+ * failures carry, with code 8, or an {@link OutOfMemoryError}. But those that read or write registry values give the
+ * result of a failure, {@link #getLongPathName} and {@link #getUNC} the path as given, and {@link #setFileACL} and
+ * {@link #networkAuthenticate} stay silent.
  *
  * <p><b>Collectors and listeners</b> are plain objects whose methods are looked up by name and signature; their classes
  * need not implement anything, nor be public. They are called on the calling thread, before the method returns. An
@@ -351,8 +368,12 @@ public class WindowsUtil {
      *
      * <p>with the meanings given at {@link WinFileList#addFile}. An entry whose security descriptor cannot be read is
      * reported to the listener and delivered with an empty one; where the listener has no method for that, the call
-     * ends in a {@link NoSuchMethodError} once all entries are delivered. When the listing breaks off, the entries
-     * delivered stay delivered.
+     * ends in a {@link NoSuchMethodError} once all entries are delivered. When the listing breaks off, its own error
+     * is raised instead, and the entries delivered stay delivered.
+     *
+     * <p>The descriptor is read by the path that is delivered, tried as given only. So it is another file's for a name
+     * that ends in a dot or a blank, and not to be had beyond 260 characters: {@link #getWinSecurityDescriptor} gives
+     * it for the path in long form.
      *
      * @param collector takes the entries
      * @param dir the directory, as an absolute path that does <b>not</b> begin with <code>\\?\</code>: those are
@@ -364,7 +385,7 @@ public class WindowsUtil {
      * @param listener takes the reports, see {@link FileErrorListener}; may be null
      * @param securityOnFiles whether the security descriptors of files are read too, not only those of directories
      * @throws IOException when the directory cannot be opened or the listing breaks off; the message is the system's
-     *         text alone
+     *         text alone. The root of an empty drive, which has no entries at all, raises that of code 2
      */
     public native void listWinFiles(Object collector, String dir, boolean withSecurity, boolean withAttributes,
             Object listener, boolean securityOnFiles) throws IOException;
@@ -401,7 +422,8 @@ public class WindowsUtil {
      * @param path the directory
      * @return true when it was made; false when something of that name is there already
      * @throws DiskFullException when the volume is full
-     * @throws SecurityException for any other reason, a missing folder above it included
+     * @throws SecurityException for any other reason, a missing folder above it included; also when the directory is
+     *         there already but the path is relative or has <code>.</code> or <code>..</code> in it
      */
     public native boolean mkdir(String path) throws DiskFullException;
 
@@ -596,7 +618,8 @@ public class WindowsUtil {
 
     /**
      * Makes an encrypted file from its raw form, read from a stream to its end. An exception that the stream throws
-     * ends the input there and reaches the caller. An interrupt does not stop it.
+     * ends the input there and reaches the caller. An interrupt does not stop it. The native copy of every block stays
+     * for good, so each stream costs its size in memory until the process ends.
      *
      * @param context a context opened for import
      * @param in gives the raw bytes; it is not closed
@@ -691,7 +714,8 @@ public class WindowsUtil {
     // Shortcuts and libraries
 
     /**
-     * Tells whether the shell takes a file for a shortcut.
+     * Tells whether the shell takes a file for a shortcut. The shell wants COM on the thread, which this method does
+     * not start: call {@link #CoInitializeEx} before.
      *
      * @param path the file
      * @return true for a shortcut; false for junctions and symbolic links, and when the shell does not know
@@ -699,8 +723,13 @@ public class WindowsUtil {
     public native boolean isShortcut(String path);
 
     /**
-     * Gives what a shortcut points to. The shell neither searches for a moved target nor rewrites the shortcut. COM is
-     * started on the thread for the call.
+     * Gives what a shortcut points to. The shell neither searches for a moved target nor rewrites the shortcut. <b>To
+     * resolve a shortcut from a stranger makes this process talk to the server that it names.</b>
+     *
+     * <p>COM is started on the thread for the call, but the shortcut's objects are released only after it has ended
+     * again. So the thread should hold COM itself, from {@link #CoInitializeEx} before the call to
+     * {@link #CoUninitialize} behind it: otherwise the code of those objects may be gone by then, and the process with
+     * it.
      *
      * @param path the shortcut
      * @return the target; empty when it cannot be resolved
@@ -716,7 +745,8 @@ public class WindowsUtil {
     public native boolean isLibrary(String path);
 
     /**
-     * Adds the folders of a Windows library to a collection, as strings. COM is started on the thread for the call.
+     * Adds the folders of a Windows library to a collection, as strings. COM is started on the thread for the call. A
+     * library from a stranger makes this process talk to the servers that it names.
      *
      * @param path the library file
      * @param collection takes the folders through {@code boolean add(Object)}; unchanged when the library cannot be
@@ -726,7 +756,8 @@ public class WindowsUtil {
     public native void getLibraryFolders(String path, Collection collection);
 
     /**
-     * Gives the icon of a Windows library, in 16 x 16 pixels. COM is started on the thread for the call.
+     * Gives the icon of a Windows library, in 16 x 16 pixels. COM is started on the thread for the call. A library from
+     * a stranger makes this process talk to the server that its icon lies on.
      *
      * @param path the library file
      * @return the bytes of a BMP file; null when there is none
@@ -770,6 +801,9 @@ public class WindowsUtil {
      * in lists, are cut at 16383 characters, names of REG_SZ values at 255. Type 9 is REG_FULL_RESOURCE_DESCRIPTOR.
      * Values of other types, 64-bit numbers and resource lists (type 8) among them, are left out, and so is a subkey
      * whose name has 255 characters. A key that cannot be opened gives nothing.
+     *
+     * <p>Names and texts come by way of the ANSI code page, with question marks for the characters that it lacks. A
+     * value whose name has such characters is left out; a subkey cannot be opened by the name that comes.
      *
      * @param collector takes the items
      * @param rootName {@code HKEY_LOCAL_MACHINE}, {@code HKEY_USERS}, {@code HKEY_CURRENT_USER},
@@ -859,7 +893,8 @@ public class WindowsUtil {
     public native String getRegistryString(String path);
 
     /**
-     * Reads the bytes of a registry value of any type.
+     * Reads the bytes of a registry value of any type; those of a text are not the stored ones, but its characters
+     * converted to the ANSI code page.
      *
      * @param path the full value path, ASCII, its root in capitals; see {@link #setRegistryDWORD}
      * @return the bytes; none when they cannot be read or are more than 1024
@@ -876,7 +911,7 @@ public class WindowsUtil {
     public native String getRegistryValueString(String key, String valueName);
 
     /**
-     * Reads a registry value of up to 4 MiB as text, in a chosen view of the registry.
+     * Reads a registry value of any size as text, in a chosen view of the registry.
      *
      * @param path the full value path in any characters, its root in any case; see {@link #setRegistryDWORD}. An
      *        unknown root stands for {@code HKEY_LOCAL_MACHINE}
@@ -884,7 +919,7 @@ public class WindowsUtil {
      * @param expectedType the type that the value must have; {@link Win32#REG_SZ} stands for
      *        {@link Win32#REG_EXPAND_SZ} as well
      * @return its data as text up to the first zero, with variables in it unexpanded; empty when it cannot be read, is
-     *         of another type, or is larger
+     *         of another type, or does not hold still
      */
     public native String getRegistryValue(String path, int extraAccess, int expectedType);
 
@@ -924,7 +959,11 @@ public class WindowsUtil {
      * can be. The process has no standard input; its standard output and error arrive at the streams of the result.
      * The calling process needs the right to start processes under other tokens, which services have; its backup and
      * restore privileges are switched on, and stay on. When a step behind loading the profile fails, the profile stays
-     * loaded and the token open, and nothing gives them back. All strings may be null.
+     * loaded and the token open, and nothing gives them back. All strings may be null, but not program and command line
+     * both.
+     *
+     * <p>A process that other code starts at the same moment may inherit the child's ends of the streams, which then
+     * end only with that process too.
      *
      * @param applicationName the program file; null to take it from the command line
      * @param commandLine the command line, program included
@@ -934,15 +973,17 @@ public class WindowsUtil {
      * @param user the account
      * @param password its password
      * @return the process, to be closed with {@link WinProcess#close}
-     * @throws IOException when a step fails, the message names it; code 1326 for a wrong name or password
+     * @throws IOException when a step fails, the message names it; code 1326 for a wrong name or password, 87 without
+     *         program and command line
      */
     public native WinProcess createProcessAsUserN(String applicationName, String commandLine, Object reserved,
             String workingDirectory, String domain, String user, String password) throws IOException;
 
     /**
      * Starts a process as the user who is logged on in a session, elevated where the account can be. The process has no
-     * standard input; its standard output and error arrive at the streams of the result. Only the local system account
-     * may do this. All strings may be null.
+     * standard input; its standard output and error arrive at the streams of the result, of which the same holds as for
+     * {@link #createProcessAsUserN}. Only the local system account may do this. All strings may be null, but not
+     * program and command line both.
      *
      * @param applicationName the program file; null to take it from the command line
      * @param commandLine the command line, program included
@@ -950,7 +991,7 @@ public class WindowsUtil {
      * @param workingDirectory the folder to start in; null for the one of the calling process
      * @param sessionId the terminal-services session
      * @return the process, to be closed with {@link WinProcess#close}; it has neither token nor profile
-     * @throws IOException when a step fails, the message names it
+     * @throws IOException when a step fails, the message names it; code 87 without program and command line
      */
     public native WinProcess createProcessAsUserSession(String applicationName, String commandLine, Object reserved,
             String workingDirectory, int sessionId) throws IOException;
@@ -1042,7 +1083,8 @@ public class WindowsUtil {
      * @param processId the process id
      * @param verbose whether to print each step to the standard output of the process
      * @return the command line, program included
-     * @throws IOException when the process cannot be opened or read
+     * @throws IOException when the process cannot be opened or read; code 87 for an id that no process has, one of more
+     *         than 32 bits included
      */
     public native String getProcessCommandLineArguments(long processId, boolean verbose) throws IOException;
 
@@ -1052,7 +1094,8 @@ public class WindowsUtil {
      * @param processId the process id
      * @param verbose whether to print each step to the standard output of the process
      * @return nothing of use; it worked when no exception came
-     * @throws IOException when the process cannot be opened or ended
+     * @throws IOException when the process cannot be opened or ended; code 87 for an id that no process has, one of
+     *         more than 32 bits included
      */
     public native boolean terminateProcessByProcessID(long processId, boolean verbose) throws IOException;
 
@@ -1112,7 +1155,8 @@ public class WindowsUtil {
 
     /**
      * Gives the name that the shell shows for a volume, which may have the drive letter in it, or where it shows none
-     * the volume's plain label.
+     * the volume's plain label. The shell wants COM on the thread, which this method does not start: call
+     * {@link #CoInitializeEx} before.
      *
      * @param root the root of the volume, such as {@code C:\}
      * @return the name; empty when it cannot be had
@@ -1279,9 +1323,10 @@ public class WindowsUtil {
 
     /**
      * Gives those of some directory groups that the current user is <b>not</b> known to be a member of, directly or by
-     * way of other groups: the groups that he is not in, and those where the directory failed. A group that the
-     * directory does not know is left out. Blocks on the network. Unlike the queries of WMI it starts no COM: without
-     * {@link #CoInitializeEx} on the calling thread before it, the directory fails for every group.
+     * way of other groups: the groups that he is not in, those where the directory failed, and null elements. A group
+     * that the directory does not know is left out. Names may hold any character: they are escaped in the filters of
+     * the directory. Blocks on the network. Unlike the queries of WMI it starts no COM: without {@link #CoInitializeEx}
+     * on the calling thread before it, the directory fails for every group.
      *
      * @param groups a list of group names, with the methods {@code boolean add(Object)}, {@code Object get(int)} and
      *        {@code int size()}, and a public constructor without arguments
@@ -1426,6 +1471,11 @@ public class WindowsUtil {
      * returns when it has closed its end. A message of no bytes or of more than 8192 ends the call unanswered.
      * Clients that come between two calls find no pipe.
      *
+     * <p>The pipe has the system's default rights: the local system, administrators and this process's account may
+     * write to it, and everybody, on other machines too, may open it for reading. A client that says nothing holds the
+     * only instance, and this call, for as long as it likes. Where another process made a pipe of that name before,
+     * clients may find that one.
+     *
      * @param name the pipe, such as {@link #getMessagePipeSlotPath}
      * @return the last message, taken as bytes up to the first zero. <b>What {@link #sendPipe} sends is UTF-16, so of
      *         an English text only the first character comes out.</b> A message shorter than the one before it keeps
@@ -1436,7 +1486,8 @@ public class WindowsUtil {
 
     /**
      * Sends one message to a named pipe and reads the answer. While all instances of the pipe are busy it waits up to
-     * 20 seconds for one, as often as another client is faster.
+     * 20 seconds for one, as often as another client is faster. Who made the pipe is not looked at: a stranger who
+     * owned the name first gets the message, and may act as the account of the sender.
      *
      * @param name the pipe, such as {@link #getMessagePipeSlotPath}
      * @param message the message

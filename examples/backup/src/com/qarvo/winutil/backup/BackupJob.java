@@ -1,12 +1,11 @@
 package com.qarvo.winutil.backup;
 
-import java.io.IOException;
-import java.nio.ByteBuffer;
-
 import com.qarvo.kel.util.WinFileList.WinFile;
 import com.qarvo.winutil.backup.ManifestEntry.Type;
 import com.qarvo.winutil.backup.Transfer.Content;
 import com.qarvo.winutil.backup.TreeWalk.Found;
+import java.io.IOException;
+import java.nio.ByteBuffer;
 
 /** Copies a folder tree into a new store, in one pass. */
 final class BackupJob implements TreeWalk.Visitor {

@@ -3,7 +3,6 @@ package com.qarvo.winutil.backup;
 import java.io.PrintWriter;
 import java.util.concurrent.Callable;
 import java.util.function.Consumer;
-
 import picocli.CommandLine.Mixin;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.ParentCommand;

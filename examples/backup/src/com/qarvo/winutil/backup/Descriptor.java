@@ -1,11 +1,10 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.Win32;
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Objects;
-
-import com.qarvo.kel.util.Win32;
 
 /**
  * A security descriptor as SDDL text, taken apart. The text comes from a manifest, and so perhaps from anyone: only

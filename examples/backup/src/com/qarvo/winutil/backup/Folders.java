@@ -1,10 +1,9 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WinFileList.WinFile;
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.List;
-
-import com.qarvo.kel.util.WinFileList.WinFile;
 
 /** The checks on folders that stand at the beginning of a command. Each ends it with one sentence. */
 final class Folders {

@@ -1,15 +1,14 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.winutil.backup.NativeInventory.Disk;
+import com.qarvo.winutil.backup.NativeInventory.MemoryModule;
+import com.qarvo.winutil.backup.NativeInventory.Processor;
+import com.qarvo.winutil.backup.NativeInventory.Version;
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Locale;
 import java.util.function.Consumer;
-
-import com.qarvo.winutil.backup.NativeInventory.Disk;
-import com.qarvo.winutil.backup.NativeInventory.MemoryModule;
-import com.qarvo.winutil.backup.NativeInventory.Processor;
-import com.qarvo.winutil.backup.NativeInventory.Version;
 
 /** What a computer is made of, section by section. A question that fails is noted in its section, and ends no other. */
 record Inventory(Host host, Section<Processor> processors, Section<MemoryModule> memory, Section<Disk> disks,

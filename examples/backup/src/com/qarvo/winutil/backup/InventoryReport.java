@@ -1,18 +1,17 @@
 package com.qarvo.winutil.backup;
 
-import java.io.PrintWriter;
-import java.util.LinkedHashMap;
-import java.util.List;
-import java.util.Locale;
-import java.util.Map;
-import java.util.function.Function;
-
 import com.qarvo.winutil.backup.Inventory.Host;
 import com.qarvo.winutil.backup.Inventory.Section;
 import com.qarvo.winutil.backup.Inventory.Volume;
 import com.qarvo.winutil.backup.NativeInventory.Disk;
 import com.qarvo.winutil.backup.NativeInventory.MemoryModule;
 import com.qarvo.winutil.backup.NativeInventory.Processor;
+import java.io.PrintWriter;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Locale;
+import java.util.Map;
+import java.util.function.Function;
 
 /** An inventory in tables for people, and as JSON for programs. */
 final class InventoryReport {

@@ -1,5 +1,7 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WinFileList.WinFile;
+import com.qarvo.winutil.backup.ManifestEntry.Type;
 import java.io.IOException;
 import java.io.PrintWriter;
 import java.time.Instant;
@@ -8,10 +10,6 @@ import java.time.format.DateTimeFormatter;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.Callable;
-
-import com.qarvo.kel.util.WinFileList.WinFile;
-import com.qarvo.winutil.backup.ManifestEntry.Type;
-
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Option;

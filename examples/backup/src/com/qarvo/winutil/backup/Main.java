@@ -2,7 +2,6 @@ package com.qarvo.winutil.backup;
 
 import java.io.PrintWriter;
 import java.util.function.Supplier;
-
 import picocli.CommandLine;
 import picocli.CommandLine.Help.Ansi;
 

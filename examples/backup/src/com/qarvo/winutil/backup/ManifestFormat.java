@@ -1,11 +1,10 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.winutil.backup.ManifestEntry.Type;
 import java.io.IOException;
 import java.time.DateTimeException;
 import java.time.Instant;
 import java.util.HexFormat;
-
-import com.qarvo.winutil.backup.ManifestEntry.Type;
 
 /**
  * The text of a manifest: UTF-8, lines ended by one line feed, fields separated by one tab.

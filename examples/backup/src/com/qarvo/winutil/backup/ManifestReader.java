@@ -1,5 +1,6 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.winutil.backup.ManifestEntry.Type;
 import java.io.ByteArrayOutputStream;
 import java.io.IOException;
 import java.io.InputStream;
@@ -12,8 +13,6 @@ import java.util.HashMap;
 import java.util.HexFormat;
 import java.util.List;
 import java.util.Map;
-
-import com.qarvo.winutil.backup.ManifestEntry.Type;
 
 /**
  * Reads a whole manifest before anything is done with it. It may be damaged or written by an enemy, so that an entry

@@ -1,9 +1,8 @@
 package com.qarvo.winutil.backup;
 
-import java.io.IOException;
-
 import com.qarvo.kel.util.Win32;
 import com.qarvo.winutil.backup.ManifestEntry.Type;
+import java.io.IOException;
 
 /**
  * Gives what a restore has made its time, attributes, owner and rights. Each of them can take away what the ones before

@@ -1,11 +1,10 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WinFileList.WinFile;
 import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.util.function.BiConsumer;
 import java.util.function.Consumer;
-
-import com.qarvo.kel.util.WinFileList.WinFile;
 
 /**
  * The few operations on files that this client asks of the system; {@link WindowsNativeFiles} passes them on to the

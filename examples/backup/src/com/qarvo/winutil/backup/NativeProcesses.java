@@ -1,10 +1,9 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WinProcessInfo;
 import java.io.IOException;
 import java.io.InputStream;
 import java.util.List;
-
-import com.qarvo.kel.util.WinProcessInfo;
 
 /** What this client asks of the system about processes; {@link WindowsNativeProcesses} passes it on. */
 interface NativeProcesses {

@@ -1,13 +1,11 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WinProcessInfo;
 import java.io.IOException;
 import java.io.PrintWriter;
 import java.util.Comparator;
 import java.util.List;
 import java.util.concurrent.Callable;
-
-import com.qarvo.kel.util.WinProcessInfo;
-
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Parameters;

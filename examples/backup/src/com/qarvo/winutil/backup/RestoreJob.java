@@ -1,15 +1,14 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.dov.io.DiskFullException;
+import com.qarvo.kel.util.WinFileList.WinFile;
+import com.qarvo.winutil.backup.ManifestEntry.Type;
+import com.qarvo.winutil.backup.Transfer.Content;
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.HashSet;
 import java.util.List;
 import java.util.Set;
-
-import com.qarvo.dov.io.DiskFullException;
-import com.qarvo.kel.util.WinFileList.WinFile;
-import com.qarvo.winutil.backup.ManifestEntry.Type;
-import com.qarvo.winutil.backup.Transfer.Content;
 
 /**
  * Writes the content of a store into a new folder. The order matters: directories and files first; then links, so

@@ -1,5 +1,6 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.winutil.backup.NativeProcesses.Child;
 import java.io.IOException;
 import java.io.InputStream;
 import java.io.InputStreamReader;
@@ -8,9 +9,6 @@ import java.nio.charset.Charset;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.Callable;
-
-import com.qarvo.winutil.backup.NativeProcesses.Child;
-
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Option;

@@ -1,7 +1,6 @@
 package com.qarvo.winutil.backup;
 
 import java.util.concurrent.Callable;
-
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Parameters;

@@ -2,7 +2,6 @@ package com.qarvo.winutil.backup;
 
 import java.io.PrintWriter;
 import java.util.concurrent.Callable;
-
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Option;

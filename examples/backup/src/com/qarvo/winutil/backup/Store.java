@@ -1,9 +1,8 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WinFileList.WinFile;
 import java.io.IOException;
 import java.util.List;
-
-import com.qarvo.kel.util.WinFileList.WinFile;
 
 /**
  * The folder that holds a backup: {@code manifest.txt}, and below {@code data} the content of each file under a

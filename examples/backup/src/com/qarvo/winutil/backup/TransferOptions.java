@@ -2,7 +2,6 @@ package com.qarvo.winutil.backup;
 
 import java.io.PrintWriter;
 import java.util.Locale;
-
 import picocli.CommandLine.ITypeConverter;
 import picocli.CommandLine.Option;
 import picocli.CommandLine.TypeConversionException;

@@ -1,5 +1,6 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WinFileList.WinFile;
 import java.io.IOException;
 import java.util.ArrayDeque;
 import java.util.ArrayList;
@@ -7,8 +8,6 @@ import java.util.Deque;
 import java.util.HashMap;
 import java.util.List;
 import java.util.Map;
-
-import com.qarvo.kel.util.WinFileList.WinFile;
 
 /**
  * Goes through a folder tree, each directory before what it holds. It never leaves the tree: links are handed over

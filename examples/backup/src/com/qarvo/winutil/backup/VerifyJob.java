@@ -1,13 +1,12 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.winutil.backup.ManifestEntry.Type;
+import com.qarvo.winutil.backup.TreeWalk.Found;
 import java.io.IOException;
 import java.time.Instant;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
-
-import com.qarvo.winutil.backup.ManifestEntry.Type;
-import com.qarvo.winutil.backup.TreeWalk.Found;
 
 /** Compares a folder tree with what a store says it should be, and reports each difference. */
 final class VerifyJob implements TreeWalk.Visitor {

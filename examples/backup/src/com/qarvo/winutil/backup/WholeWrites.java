@@ -1,9 +1,8 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.dov.io.DiskFullException;
 import java.io.IOException;
 import java.nio.ByteBuffer;
-
-import com.qarvo.dov.io.DiskFullException;
 
 /**
  * Writes blocks as a whole. A disk may take the part for which it has room and report success; only the attempt to

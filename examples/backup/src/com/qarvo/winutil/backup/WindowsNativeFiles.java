@@ -4,6 +4,11 @@ import static com.qarvo.winutil.backup.PathForms.extended;
 import static com.qarvo.winutil.backup.PathForms.hasTrailingDotOrSpace;
 import static com.qarvo.winutil.backup.PathForms.needsExtended;
 
+import com.qarvo.kel.util.FileErrorListener;
+import com.qarvo.kel.util.Win32;
+import com.qarvo.kel.util.WinFileList;
+import com.qarvo.kel.util.WinFileList.WinFile;
+import com.qarvo.kel.util.WindowsUtil;
 import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.nio.channels.FileChannel;
@@ -13,12 +18,6 @@ import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
 import java.util.function.BiConsumer;
 import java.util.function.Consumer;
-
-import com.qarvo.kel.util.FileErrorListener;
-import com.qarvo.kel.util.Win32;
-import com.qarvo.kel.util.WinFileList;
-import com.qarvo.kel.util.WinFileList.WinFile;
-import com.qarvo.kel.util.WindowsUtil;
 
 /**
  * The system as the native methods of {@link WindowsUtil} give it.

@@ -1,5 +1,6 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WindowsUtil;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.InvalidPathException;
@@ -8,8 +9,6 @@ import java.util.ArrayList;
 import java.util.List;
 import java.util.Objects;
 import java.util.function.Consumer;
-
-import com.qarvo.kel.util.WindowsUtil;
 
 /** The computer as the native methods of {@link WindowsUtil} describe it. */
 final class WindowsNativeInventory implements NativeInventory {

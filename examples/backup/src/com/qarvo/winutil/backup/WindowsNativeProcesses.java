@@ -1,12 +1,11 @@
 package com.qarvo.winutil.backup;
 
-import java.io.IOException;
-import java.io.InputStream;
-import java.util.List;
-
 import com.qarvo.kel.util.WinProcess;
 import com.qarvo.kel.util.WinProcessInfo;
 import com.qarvo.kel.util.WindowsUtil;
+import java.io.IOException;
+import java.io.InputStream;
+import java.util.List;
 
 /** Processes as the native methods of {@link WindowsUtil} know them. */
 final class WindowsNativeProcesses implements NativeProcesses {

@@ -3,17 +3,15 @@ package com.qarvo.winutil.backup;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
-import java.util.Arrays;
-import java.util.LinkedHashMap;
-import java.util.List;
-import java.util.Map;
-
 import com.qarvo.winutil.backup.FakeInventory.Drive;
 import com.qarvo.winutil.backup.NativeInventory.Disk;
 import com.qarvo.winutil.backup.NativeInventory.MemoryModule;
 import com.qarvo.winutil.backup.NativeInventory.Processor;
 import com.qarvo.winutil.backup.NativeInventory.Version;
-
+import java.util.Arrays;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;

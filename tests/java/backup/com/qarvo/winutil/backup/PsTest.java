@@ -3,7 +3,6 @@ package com.qarvo.winutil.backup;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 
 import com.qarvo.kel.util.WinProcessInfo;
-
 import org.junit.jupiter.api.Test;
 
 class PsTest {

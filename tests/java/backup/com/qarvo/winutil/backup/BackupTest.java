@@ -7,11 +7,9 @@ import static org.junit.jupiter.api.Assertions.assertNotNull;
 import static org.junit.jupiter.api.Assertions.assertNull;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.qarvo.winutil.backup.ManifestEntry.Type;
 import java.util.List;
 import java.util.Random;
-
-import com.qarvo.winutil.backup.ManifestEntry.Type;
-
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;

@@ -1,13 +1,12 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.Win32;
+import com.qarvo.kel.util.WinFileList.WinFile;
 import java.io.FileNotFoundException;
 import java.nio.charset.StandardCharsets;
 import java.util.List;
 import java.util.Map;
 import java.util.TreeMap;
-
-import com.qarvo.kel.util.Win32;
-import com.qarvo.kel.util.WinFileList.WinFile;
 
 /** What is on a disk in memory. Names do not differ by case. */
 class FakeDisk {

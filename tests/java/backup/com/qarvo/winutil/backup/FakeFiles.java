@@ -1,5 +1,8 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.dov.io.DiskFullException;
+import com.qarvo.kel.util.Win32;
+import com.qarvo.kel.util.WinFileList.WinFile;
 import java.io.ByteArrayOutputStream;
 import java.io.FileNotFoundException;
 import java.io.IOException;
@@ -13,10 +16,6 @@ import java.util.Map;
 import java.util.Set;
 import java.util.function.BiConsumer;
 import java.util.function.Consumer;
-
-import com.qarvo.dov.io.DiskFullException;
-import com.qarvo.kel.util.Win32;
-import com.qarvo.kel.util.WinFileList.WinFile;
 
 /** A system with one disk: behaves as Windows does, notes what is done to it, and fails where a test wants it to. */
 final class FakeFiles extends FakeDisk implements NativeFiles {

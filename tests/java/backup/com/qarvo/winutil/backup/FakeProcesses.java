@@ -1,13 +1,12 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.WinProcessInfo;
 import java.io.ByteArrayInputStream;
 import java.io.IOException;
 import java.io.InputStream;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.CountDownLatch;
-
-import com.qarvo.kel.util.WinProcessInfo;
 
 /** Processes that a test puts together, and one program that can be started. */
 final class FakeProcesses implements NativeProcesses {
