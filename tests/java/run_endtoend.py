@@ -196,6 +196,7 @@ def run_tests(options, env, java, work, devices):
             'winutil.test.links': windows(work / 'links'),
             'winutil.test.share': f'\\\\{server}\\share',
             'winutil.test.variants': windows(options.variants),
+            'winutil.test.interposer': windows(options.interposer),
         }
         if volume:
             properties['winutil.test.volume'] = volume
@@ -215,6 +216,7 @@ def main():
     parser.add_argument('--java', required=True, help='java.exe of a Windows JDK or JRE')
     parser.add_argument('--library', required=True, help='WinUtil64.dll')
     parser.add_argument('--violation', required=True, help='the DLL that breaks the rules')
+    parser.add_argument('--interposer', required=True, help='the DLL that replaces imports')
     parser.add_argument('--tests', required=True, help='the jar with the test classes')
     parser.add_argument('--class-path', nargs='+', required=True)
     parser.add_argument('--variants', required=True, help='folder of the jars that replace classes of the library')

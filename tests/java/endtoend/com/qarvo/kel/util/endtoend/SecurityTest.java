@@ -51,7 +51,7 @@ class SecurityTest extends EndToEnd {
         return wider;
     }
 
-    private static boolean isImpersonating() {
+    static boolean isImpersonating() {
         HANDLEByReference token = new HANDLEByReference();
         if (!Advapi32.INSTANCE.OpenThreadToken(Kernel32.INSTANCE.GetCurrentThread(), WinNT.TOKEN_QUERY, true, token)) {
             return false;
