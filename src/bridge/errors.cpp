@@ -8,7 +8,7 @@ namespace winutil {
 namespace {
 
 void throwJavaException(JNIEnv* env, const char* className, const wchar_t* message) noexcept {
-    if (env == nullptr) {
+    if (env == nullptr || exceptionPending(env)) {
         return;
     }
     const LocalRef text(env, newJavaString(env, message));
@@ -93,10 +93,7 @@ void throwWin32Error(JNIEnv* env, const wchar_t* tag, DWORD code) noexcept {
 }
 
 void throwOutOfMemoryError(JNIEnv* env) noexcept {
-    // Whoever has an exception pending has no answer to give either.
-    if (!exceptionPending(env)) {
-        throwJavaException(env, java_class::outOfMemoryError, SystemText(ERROR_NOT_ENOUGH_MEMORY).get());
-    }
+    throwJavaException(env, java_class::outOfMemoryError, SystemText(ERROR_NOT_ENOUGH_MEMORY).get());
 }
 
 void throwOpenError(JNIEnv* env, DWORD code, const wchar_t* message) noexcept {

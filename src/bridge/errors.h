@@ -78,8 +78,9 @@ private:
 };
 
 // The throw workers leave an exception of their class pending; the native method releases what it holds and
-// returns at once. They do nothing without an environment. Where the class or its constructor is missing, the
-// error that the JVM left pending is what the Java caller sees.
+// returns at once. They do nothing without an environment, and an exception that is there already stays.
+// Where the class or its constructor is missing, the error that the JVM left pending is what the Java caller
+// sees.
 void throwIOException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwFileNotFoundException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwSharingViolationException(JNIEnv* env, const wchar_t* message) noexcept;
@@ -91,8 +92,8 @@ void throwAccountRestrictionException(JNIEnv* env, const wchar_t* message) noexc
 // Raises an IOException with "[tag] (code) system text".
 void throwWin32Error(JNIEnv* env, const wchar_t* tag, DWORD code) noexcept;
 
-// Raises what the JVM raises for an object that it has no memory for; it may have done so already. For what
-// there is no memory for in the library, or in the JVM without a word of its own.
+// Raises what the JVM raises for an object that it has no memory for: for what there is none for in the
+// library, or in the JVM without a word of its own.
 void throwOutOfMemoryError(JNIEnv* env) noexcept;
 
 // Raises the exception class that belongs to the code of a failed open.

@@ -288,12 +288,37 @@ TEST_F(RetryTest, MakesADirectoryOnceWhenTheFirstCallSucceeds) {
     EXPECT_THAT(calls, ElementsAre(L"make C:/x"));
 }
 
-TEST_F(RetryTest, TriesNoPathAtAllWithoutMemoryForTheLongForm) {
+TEST_F(RetryTest, GivesNoAnswerWithoutMemoryForTheLongForm) {
     const auto fail = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
 
     EXPECT_FALSE(NATIVE(exists)(L"C:/x"));
 
-    EXPECT_THAT(calls, ElementsAre(L"query C:/x 0", L"query (none) 0"));
+    EXPECT_THAT(calls, ElementsAre(L"query C:/x 0"));
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+}
+
+TEST_F(RetryTest, MakesADirectoryByTheGivenPathAloneWithoutMemoryForTheLongForm) {
+    const auto fail = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_FALSE(NATIVE(mkdir)(L"C:/x"));
+
+    EXPECT_THAT(calls, ElementsAre(L"make C:/x"));
+    EXPECT_EQ(java.takeException(),
+              (Thrown{"java/lang/SecurityException",
+                      errorMessage(L"createDir", ERROR_NOT_ENOUGH_MEMORY) + L", 'C:/x'"}));
+}
+
+// A null in place of the new name would be the wish to delete the file.
+TEST_F(RetryTest, MovesByTheGivenNamesAloneWithoutMemoryForEitherLongForm) {
+    for (const std::size_t block : {3, 4}) {
+        calls.clear();
+        const auto fail = system().failCall("malloc", block, ERROR_NOT_ENOUGH_MEMORY);
+
+        EXPECT_FALSE(NATIVE(renameTo)(L"C:/x", L"C:/y"));
+
+        EXPECT_THAT(calls, ElementsAre(L"move C:/x C:/y")) << block;
+        EXPECT_EQ(GetLastError(), firstCode + 1);
+    }
 }
 
 }  // namespace

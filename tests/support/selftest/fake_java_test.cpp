@@ -303,6 +303,39 @@ TEST_F(FakeJavaTest, FailsTheCallThatATestChooses) {
     EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
 }
 
+TEST_F(FakeJavaTest, RefusesCharactersAndElementsWithoutAWord) {
+    java.failCall("GetStringChars");
+    java.failCall("GetStringUTFChars");
+    java.failCall("GetByteArrayElements");
+
+    asNative(
+        [](JNIEnv* env, jobject, jobject argument) {
+            const auto text = static_cast<jstring>(argument);
+            EXPECT_EQ(env->GetStringChars(text, nullptr), nullptr);
+            EXPECT_EQ(env->GetStringUTFChars(text, nullptr), nullptr);
+            EXPECT_EQ(env->GetByteArrayElements(nullptr, nullptr), nullptr);
+        },
+        java.string(L"ab"));
+
+    EXPECT_FALSE(java.isPending());
+}
+
+TEST_F(FakeJavaTest, PutsDownWhichCharactersWereWipedBeforeTheyWentBack) {
+    asNative(
+        [](JNIEnv* env, jobject, jobject argument) {
+            const auto text = static_cast<jstring>(argument);
+            env->ReleaseStringChars(text, env->GetStringChars(text, nullptr));
+            const jchar* chars = env->GetStringChars(text, nullptr);
+            const_cast<jchar*>(chars)[0] = const_cast<jchar*>(chars)[1] = 0;
+            env->ReleaseStringChars(text, chars);
+        },
+        java.string(L"ab"));
+
+    ASSERT_EQ(java.stringReleases().size(), 2u);
+    EXPECT_FALSE(java.stringReleases()[0].wiped);
+    EXPECT_TRUE(java.stringReleases()[1].wiped);
+}
+
 TEST_F(FakeJavaTest, NamesAFunctionThatTheLibraryMayNotCall) {
     const auto complaints = complaintsAbout([](JNIEnv* env, jobject, jobject) {
         env->ExceptionCheck();
