@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "artifact_checks.h"
+#include "tracked_functions.h"
 #include "winutil_fixture.h"
 
 namespace {
@@ -63,6 +64,19 @@ TEST_F(Artifact, StaysSmall) {
     EXPECT_LT(file.size(), largestSize);
 }
 #endif
+
+TEST_F(Artifact, CallsEveryFunctionThatTheLedgerKnows) {
+    // One is called by the library that tests the test bed alone.
+    std::set<std::string> called = {"CreateEventW"};
+    for (const Import& import : image->imports()) {
+        called.insert(import.name);
+    }
+    // What is looked up when the library loads has its name as a text.
+    const std::string file = readFile(libraryFile());
+    for (const std::string& name : trackedFunctions()) {
+        EXPECT_TRUE(called.contains(name) || file.find('\0' + name + '\0') != std::string::npos) << name;
+    }
+}
 
 TEST_F(Artifact, NamesItsVersion) {
     const std::wstring file = libraryFile();

@@ -1,12 +1,9 @@
 #include "tracked_functions.h"
 
 #include <windows.h>
-#include <winsock2.h>
 
 #include <aclapi.h>
-#include <iphlpapi.h>
 #include <lm.h>
-#include <malloc.h>
 #include <objbase.h>
 #include <oleauto.h>
 #include <sddl.h>
@@ -66,19 +63,6 @@ void* WINAPI reallocate(void* block, std::size_t size) {
     return made;
 }
 
-void* WINAPI heapReallocate(HANDLE heap, DWORD flags, void* block, SIZE_T size) {
-    const InterceptedCall call;
-    const GivingBack giving(call, Kind::heapBlock, toWord(block));
-    void* made = giving.reachesSystem() ? passOn<void*>(call, heap, flags, block, size) : nullptr;
-    const LastErrorKeeper keeper;
-    if (made != nullptr) {
-        call.ledger().take(Kind::heapBlock, toWord(made), call.function(), call.caller());
-    } else {
-        giving.undo();
-    }
-    return made;
-}
-
 // Its text is allocated only where the flags say so, and the caller then passes the address of a pointer.
 DWORD WINAPI formatMessage(DWORD flags, LPCVOID source, DWORD code, DWORD language, LPWSTR buffer, DWORD size,
                            va_list* arguments) {
@@ -90,20 +74,6 @@ DWORD WINAPI formatMessage(DWORD flags, LPCVOID source, DWORD code, DWORD langua
                            call.caller());
     }
     return length;
-}
-
-BOOL WINAPI createProcess(LPCWSTR name, LPWSTR commandLine, LPSECURITY_ATTRIBUTES process,
-                          LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags, LPVOID environment,
-                          LPCWSTR folder, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION information) {
-    const InterceptedCall call;
-    const BOOL made = passOn<BOOL>(call, name, commandLine, process, thread, inherit, flags, environment,
-                                   folder, startup, information);
-    const LastErrorKeeper keeper;
-    if (made) {
-        call.ledger().take(Kind::handle, toWord(information->hProcess), call.function(), call.caller());
-        call.ledger().take(Kind::handle, toWord(information->hThread), call.function(), call.caller());
-    }
-    return made;
 }
 
 BOOL WINAPI createProcessAsUser(HANDLE token, LPCWSTR name, LPWSTR commandLine, LPSECURITY_ATTRIBUTES process,
@@ -146,16 +116,6 @@ BOOL WINAPI impersonate(HANDLE token) {
     return done;
 }
 
-BOOL WINAPI impersonateSelf(SECURITY_IMPERSONATION_LEVEL level) {
-    const InterceptedCall call;
-    const BOOL done = passOn<BOOL>(call, level);
-    const LastErrorKeeper keeper;
-    if (done) {
-        takeImpersonation(call);
-    }
-    return done;
-}
-
 // Without an impersonation it does nothing, and succeeds: no mistake.
 BOOL WINAPI revert() {
     const InterceptedCall call;
@@ -170,16 +130,6 @@ BOOL WINAPI revert() {
 HRESULT WINAPI initializeCom(LPVOID reserved, DWORD model) {
     const InterceptedCall call;
     const HRESULT result = passOn<HRESULT>(call, reserved, model);
-    const LastErrorKeeper keeper;
-    if (SUCCEEDED(result)) {
-        call.ledger().take(Kind::comLibrary, GetCurrentThreadId(), call.function(), call.caller());
-    }
-    return result;
-}
-
-HRESULT WINAPI initializeComDefault(LPVOID reserved) {
-    const InterceptedCall call;
-    const HRESULT result = passOn<HRESULT>(call, reserved);
     const LastErrorKeeper keeper;
     if (SUCCEEDED(result)) {
         call.ledger().take(Kind::comLibrary, GetCurrentThreadId(), call.function(), call.caller());
@@ -223,20 +173,13 @@ const TrackedFunction functions[] = {
     TRACKED_BY(malloc, allocate),
     TAKES_RESULT(calloc, memory, null),
     TRACKED_BY(realloc, reallocate),
-    TAKES_RESULT(_wcsdup, memory, null),
-    TAKES_RESULT(_strdup, memory, null),
     GIVES_OR_NULL(free, memory, 0, always),
-    TAKES_RESULT(_aligned_malloc, alignedMemory, null),
-    GIVES_OR_NULL(_aligned_free, alignedMemory, 0, always),
     TAKES_RESULT(HeapAlloc, heapBlock, null),
-    TRACKED_BY(HeapReAlloc, heapReallocate),
     GIVES_OR_NULL(HeapFree, heapBlock, 2, nonZero),
     TAKES_RESULT(LocalAlloc, localBlock, null),
     GIVES_OR_NULL(LocalFree, localBlock, 0, zero),
     TAKES_RESULT(GlobalAlloc, globalBlock, null),
     GIVES_OR_NULL(GlobalFree, globalBlock, 0, zero),
-    TAKES_RESULT(VirtualAlloc, pages, null),
-    GIVES(VirtualFree, pages, 0, nonZero),
     TRACKED_BY(FormatMessageW, formatMessage),
 
     // Files, searches, kernel objects
@@ -245,31 +188,20 @@ const TrackedFunction functions[] = {
     TAKES_RESULT(CreateNamedPipeW, handle, invalid),
     TAKES_RESULT(CreateToolhelp32Snapshot, handle, invalid),
     TAKES_RESULT(CreateEventW, handle, null),
-    TAKES_RESULT(CreateMutexW, handle, null),
-    TAKES_RESULT(CreateThread, handle, null),
     TAKES_RESULT(OpenProcess, handle, null),
-    TAKES_RESULT(OpenThread, handle, null),
-    TRACKED_BY(CreateProcessW, createProcess),
     TRACKED_BY(CreateProcessAsUserW, createProcessAsUser),
     TRACKED_BY(CreatePipe, createPipe),
-    TAKES_STORED(DuplicateHandle, handle, 3, nonZero),
     GIVES(CloseHandle, handle, 0, nonZero),
     TAKES_RESULT(FindFirstFileW, search, invalid),
-    TAKES_RESULT(FindFirstFileExW, search, invalid),
-    TAKES_RESULT(FindFirstFileA, search, invalid),
     GIVES(FindClose, search, 0, nonZero),
     TAKES_RESULT(FindFirstVolumeW, volumeSearch, invalid),
     GIVES(FindVolumeClose, volumeSearch, 0, nonZero),
-    TAKES_RESULT(FindFirstChangeNotificationW, changeNotification, invalid),
-    GIVES(FindCloseChangeNotification, changeNotification, 0, nonZero),
     TAKES_ARGUMENT(InitializeCriticalSection, criticalSection, 0, always),
     TAKES_ARGUMENT(InitializeCriticalSectionAndSpinCount, criticalSection, 0, nonZero),
     GIVES(DeleteCriticalSection, criticalSection, 0, always),
 
     // Modules
     TAKES_RESULT(LoadLibraryA, module, null),
-    TAKES_RESULT(LoadLibraryW, module, null),
-    TAKES_RESULT(LoadLibraryExW, module, null),
     GIVES(FreeLibrary, module, 0, nonZero),
 
     // Registry
@@ -277,34 +209,23 @@ const TrackedFunction functions[] = {
     TAKES_STORED(RegOpenKeyExA, registryKey, 4, zero),
     TAKES_STORED(RegCreateKeyExW, registryKey, 7, zero),
     TAKES_STORED(RegCreateKeyExA, registryKey, 7, zero),
-    TAKES_STORED(RegConnectRegistryW, registryKey, 2, zero),
-    TAKES_STORED(RegLoadAppKeyW, registryKey, 1, zero),
     GIVES(RegCloseKey, registryKey, 0, zero),
 
     // Tokens and impersonation
     TAKES_STORED(OpenProcessToken, handle, 2, nonZero),
     TAKES_STORED(OpenThreadToken, handle, 3, nonZero),
-    TAKES_STORED(DuplicateToken, handle, 2, nonZero),
     TAKES_STORED(DuplicateTokenEx, handle, 5, nonZero),
     TAKES_STORED(LogonUserW, handle, 5, nonZero),
     TAKES_STORED(LogonUserA, handle, 5, nonZero),
     TAKES_STORED(WTSQueryUserToken, handle, 1, nonZero),
     TRACKED_BY(ImpersonateLoggedOnUser, impersonate),
-    TRACKED_BY(ImpersonateNamedPipeClient, impersonate),
-    TRACKED_BY(ImpersonateSelf, impersonateSelf),
     TRACKED_BY(RevertToSelf, revert),
 
     // Security descriptors and SIDs
     TAKES_STORED(ConvertSecurityDescriptorToStringSecurityDescriptorW, localBlock, 3, nonZero),
     TAKES_STORED(ConvertStringSecurityDescriptorToSecurityDescriptorW, localBlock, 2, nonZero),
-    TAKES_STORED(ConvertSidToStringSidW, localBlock, 1, nonZero),
-    TAKES_STORED(ConvertSidToStringSidA, localBlock, 1, nonZero),
-    TAKES_STORED(ConvertStringSidToSidW, localBlock, 1, nonZero),
     TAKES_STORED(GetNamedSecurityInfoW, localBlock, 7, zero),
-    TAKES_STORED(GetSecurityInfo, localBlock, 7, zero),
     TAKES_STORED(SetEntriesInAclW, localBlock, 3, zero),
-    TAKES_STORED(AllocateAndInitializeSid, sid, 10, nonZero),
-    GIVES(FreeSid, sid, 0, zero),
 
     // Encrypted files
     TAKES_STORED(OpenEncryptedFileRawW, encryptedFile, 2, zero),
@@ -320,9 +241,6 @@ const TrackedFunction functions[] = {
     // Sessions and profiles
     TAKES_STORED(CreateEnvironmentBlock, environmentBlock, 0, nonZero),
     GIVES(DestroyEnvironmentBlock, environmentBlock, 0, nonZero),
-    TAKES_STORED(WTSEnumerateSessionsW, sessionMemory, 3, nonZero),
-    TAKES_STORED(WTSQuerySessionInformationW, sessionMemory, 3, nonZero),
-    GIVES(WTSFreeMemory, sessionMemory, 0, always),
 
     // Network
     TAKES_STORED(WNetOpenEnumW, networkEnumeration, 4, zero),
@@ -330,17 +248,13 @@ const TrackedFunction functions[] = {
     TAKES_STORED(NetUserGetGroups, networkBuffer, 3, zero),
     TAKES_STORED(NetUserGetLocalGroups, networkBuffer, 4, zero),
     TAKES_STORED(NetUserModalsGet, networkBuffer, 2, zero),
-    TAKES_STORED(NetGetDCName, networkBuffer, 2, zero),
     GIVES_OR_NULL(NetApiBufferFree, networkBuffer, 0, zero),
 
     // COM
     TRACKED_BY(CoInitializeEx, initializeCom),
-    TRACKED_BY(CoInitialize, initializeComDefault),
     TRACKED_BY(CoUninitialize, uninitializeCom),
-    TAKES_RESULT(CoTaskMemAlloc, comMemory, null),
     GIVES_OR_NULL(CoTaskMemFree, comMemory, 0, always),
     TAKES_RESULT(SysAllocString, text, null),
-    TAKES_RESULT(SysAllocStringLen, text, null),
     GIVES_OR_NULL(SysFreeString, text, 0, always),
 
     // Drawing
@@ -356,6 +270,14 @@ const TrackedFunction functions[] = {
 };
 
 }  // namespace
+
+std::vector<std::string> trackedFunctions() {
+    std::vector<std::string> names;
+    for (const TrackedFunction& function : functions) {
+        names.emplace_back(function.name);
+    }
+    return names;
+}
 
 const void* trackedFunction(const std::string& name) {
     const auto found = std::ranges::find(functions, name, &TrackedFunction::name);

@@ -2,10 +2,14 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace testbed {
 
 // What a trampoline leads to for such a function; null for every other one.
 const void* trackedFunction(const std::string& name);
+
+// Their names.
+std::vector<std::string> trackedFunctions();
 
 }  // namespace testbed
