@@ -6,7 +6,8 @@
 
 namespace {
 
-// Made and deleted with the library; no operation enters it.
+// Required: no operation enters it, because nothing is left that it guarded; it is made and deleted with the
+// library.
 CRITICAL_SECTION librarySection;
 constexpr DWORD librarySectionSpinCount = 1024;
 

@@ -73,7 +73,8 @@ void releaseOptionalFunctions() noexcept {
     release(advapi32);
     release(shell32);
     release(ntdll);
-    // GetModuleHandle took no reference, yet it is given back like the others: the process is ending.
+    // Required: given back although GetModuleHandle took no reference, because unloading treats all four
+    // alike; the process is ending.
     release(kernel32);
 }
 

@@ -24,6 +24,7 @@ HANDLE openForTimes(const wchar_t* path) noexcept {
                        nullptr);
 }
 
+// Required: the attributes stay cleared when the delete fails, because callers try it again without them.
 bool clearAndDelete(const wchar_t* path) noexcept {
     SetFileAttributesW(path, FILE_ATTRIBUTE_NORMAL);
     return DeleteFileW(path) != FALSE;
@@ -98,7 +99,8 @@ std::optional<bool> setLastModifiedTime(const wchar_t* path, std::int64_t millis
     const FILETIME lastWrite = fromJavaTime(milliseconds);
     const bool done = *opened && SetFileTime(file, nullptr, nullptr, &lastWrite);
     const DWORD error = GetLastError();
-    // Required: no owner, because the invalid handle of a failed open is closed too, which is harmless.
+    // Required: closed without an owner, because the invalid handle of a failed open is closed too; the
+    // system shrugs at it.
     CloseHandle(file);
     SetLastError(error);
     return done;

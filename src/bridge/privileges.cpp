@@ -28,8 +28,8 @@ DWORD setPrivilege(const char* name, DWORD enable) noexcept {
         return failed(L"LookupPrivilegeValue");
     }
     request.Privileges[0].Attributes = enable != 0 ? SE_PRIVILEGE_ENABLED : 0;
-    // ERROR_NOT_ALL_ASSIGNED behind a success is not looked for: the request was made, and that is the
-    // answer.
+    // Required: ERROR_NOT_ALL_ASSIGNED behind a success is not looked for, because the answer says that the
+    // request was made, not that the privilege is held.
     if (!AdjustTokenPrivileges(token.get(), FALSE, &request, sizeof(request), nullptr, nullptr)) {
         return failed(L"AdjustTokenPrivileges");
     }
