@@ -28,8 +28,8 @@ inline constexpr char winFile[] = "com/qarvo/kel/util/WinFileList$WinFile";
 inline constexpr char winPipe[] = "com/qarvo/kel/util/WinPipe";
 inline constexpr char winProcess[] = "com/qarvo/kel/util/WinProcess";
 inline constexpr char winProcessInfo[] = "com/qarvo/kel/util/WinProcessInfo";
-// Required: descriptors where names are due, because the class files of older callers were written for them;
-// the JVM resolves them nevertheless.
+// Required: descriptors where names are due, because the lookups have always been made with them; every JVM
+// resolves them.
 inline constexpr char arrayList[] = "Ljava/util/ArrayList;";
 inline constexpr char winServerFeature[] = "Lcom/qarvo/kel/util/WinServerFeature;";
 }  // namespace java_class

@@ -6,8 +6,7 @@
 
 namespace {
 
-// Required: no operation enters it, because nothing is left that it guarded; it is made and deleted with the
-// library.
+// Required: no operation enters it, because it is only made and deleted with the library.
 CRITICAL_SECTION librarySection;
 constexpr DWORD librarySectionSpinCount = 1024;
 

@@ -24,7 +24,7 @@ HANDLE openForTimes(const wchar_t* path) noexcept {
                        nullptr);
 }
 
-// Required: the attributes stay cleared when the delete fails, because callers try it again without them.
+// Required: the attributes stay cleared when the delete fails, because its contract says so.
 bool clearAndDelete(const wchar_t* path) noexcept {
     SetFileAttributesW(path, FILE_ATTRIBUTE_NORMAL);
     return DeleteFileW(path) != FALSE;
