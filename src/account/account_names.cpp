@@ -16,7 +16,7 @@ constexpr DWORD domainCapacity = 128;
 // Writes "domain\user", or the user alone. False when the name does not fit: a cut one may be another's.
 bool joinAccountName(const wchar_t* domain, const wchar_t* user,
                      wchar_t (&name)[accountNameCapacity]) noexcept {
-    const bool bare = domain == nullptr || domain[0] == L'\0';
+    const bool bare = domain[0] == L'\0';
     return _snwprintf_s(name, std::size(name), _TRUNCATE, L"%s%s%s", bare ? L"" : domain, bare ? L"" : L"\\",
                         user) >= 0;
 }
@@ -64,8 +64,8 @@ bool currentUserSid(SidText& text) noexcept {
     return user && sidToText(user.get()->User.Sid, text, size);
 }
 
-// That nobody is told why there is no SID is meant: callers ask with names that may not be there.
-bool accountSid(const wchar_t* domain, const wchar_t* user, SidText& text) noexcept {
+// Required: nobody is told why there is no SID, because callers ask with names that may not be there.
+std::optional<bool> accountSid(const wchar_t* domain, const wchar_t* user, SidText& text) noexcept {
     wchar_t name[accountNameCapacity];
     if (!joinAccountName(domain, user, name) || name[0] == L'\0') {
         return false;
@@ -75,10 +75,14 @@ bool accountSid(const wchar_t* domain, const wchar_t* user, SidText& text) noexc
         return false;
     }
     const DWORD sidSize = size;
-    // Twice the size that the system asks for, kept as it is.
+    // Required: twice the size that the system asks for, because one that then writes more than it said stays
+    // within the block.
     const HeapMemory<std::byte> sid = allocate<std::byte>(2 * std::size_t{sidSize});
+    if (!sid) {
+        return std::nullopt;
+    }
     DWORD textSize = sidTextCapacity;
-    return sid && lookUpAccount(name, sid.get(), size) && isSidWithin(sid.get(), sid.get(), sidSize) &&
+    return lookUpAccount(name, sid.get(), size) && isSidWithin(sid.get(), sid.get(), sidSize) &&
            sidToText(sid.get(), text, textSize);
 }
 

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <optional>
+
 #include "account/sids.h"
 #include "bridge/text.h"
 
@@ -28,7 +30,8 @@ WideString netBiosComputerName() noexcept;
 // Writes the SID of the user that the thread acts as. Returns false when it cannot be had.
 bool currentUserSid(SidText& text) noexcept;
 
-// Writes the SID of a named account; `domain` may be null. Returns false when there is none to be had.
-bool accountSid(const wchar_t* domain, const wchar_t* user, SidText& text) noexcept;
+// Writes the SID of a named account; `domain` may be empty. Returns false when there is none to be had, and
+// none when memory is exhausted.
+std::optional<bool> accountSid(const wchar_t* domain, const wchar_t* user, SidText& text) noexcept;
 
 }  // namespace winutil::account

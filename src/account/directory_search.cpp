@@ -2,8 +2,6 @@
 
 #include <cwchar>
 
-#include "bridge/java_strings.h"
-
 namespace winutil::account {
 
 namespace {
@@ -44,19 +42,21 @@ public:
         return SUCCEEDED(result) && result != S_ADS_NOMORE_ROWS && ++flawedRows_ < flawedRowLimit;
     }
 
-    // Returns the current row's path, or none.
-    WideString path() noexcept {
+    // Reads the current row's path, none where the row has none. Returns false when memory is exhausted.
+    bool readPath(WideString& path) noexcept {
+        path.reset();
         ADS_SEARCH_COLUMN column = {};
         if (FAILED(search_->GetColumn(handle_, pathAttribute, &column))) {
-            return {};
+            return true;
         }
-        WideString path;
+        bool enough = true;
         if (column.dwNumValues != 0 && column.dwADsType == ADSTYPE_CASE_IGNORE_STRING) {
             const wchar_t* text = column.pADsValues->CaseIgnoreString;
             path = copyText(text, std::wcslen(text));
+            enough = static_cast<bool>(path);
         }
         search_->FreeColumn(&column);
-        return path;
+        return enough;
     }
 
 private:
@@ -75,20 +75,24 @@ bool searchWholeSubtree(IDirectorySearch* search) noexcept {
 
 }  // namespace
 
-WideString findObjectPath(IDirectorySearch* search, wchar_t* filter, REFIID identifier) noexcept {
+HRESULT findObjectPath(IDirectorySearch* search, wchar_t* filter, REFIID identifier,
+                       WideString& path) noexcept {
     if (!searchWholeSubtree(search)) {
-        return {};
+        return E_FAIL;
     }
-    WideString found;
+    path.reset();
     Rows rows(search, filter);
     while (rows.next()) {
-        WideString path = rows.path();
+        WideString candidate;
+        if (!rows.readPath(candidate)) {
+            return E_OUTOFMEMORY;
+        }
         ComPtr<IUnknown> object;
-        if (path && SUCCEEDED(bindObject(path.get(), identifier, object))) {
-            found = std::move(path);
+        if (candidate && SUCCEEDED(bindObject(candidate.get(), identifier, object))) {
+            path = std::move(candidate);
         }
     }
-    return found;
+    return path ? S_OK : E_FAIL;
 }
 
 }  // namespace winutil::account

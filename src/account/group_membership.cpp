@@ -1,14 +1,13 @@
 #include "account/group_membership.h"
 
-#include <cstdio>
-#include <iterator>
-
 #include "account/account_names.h"
 #include "account/computer_domain.h"
 #include "account/directory_objects.h"
 #include "account/directory_search.h"
+#include "account/ldap_filter.h"
 #include "account/ldap_path.h"
 #include "account/nested_groups.h"
+#include "bridge/java_calls.h"
 #include "bridge/java_classes.h"
 #include "bridge/java_refs.h"
 #include "bridge/java_strings.h"
@@ -17,17 +16,12 @@ namespace winutil::account {
 
 namespace {
 
-constexpr std::size_t filterCapacity = 1024;  // characters, the terminator included
-
-// Returns the path of the object of a name; none when there is none, and when the filter would be cut. The
-// name is not escaped: what it means in a filter is what the caller asked for.
-WideString findByName(IDirectorySearch* search, const wchar_t* filterHead, const wchar_t* name,
-                      REFIID identifier) noexcept {
-    wchar_t filter[filterCapacity];
-    if (_snwprintf_s(filter, std::size(filter), _TRUNCATE, L"%s%s))", filterHead, name) < 0) {
-        return {};
-    }
-    return findObjectPath(search, filter, identifier);
+// Finds the path of the object of a name, by the rules of findObjectPath. A name too long for a filter is
+// that of none.
+HRESULT findByName(IDirectorySearch* search, std::wstring_view filterHead, std::wstring_view name,
+                   REFIID identifier, WideString& path) noexcept {
+    LdapFilter filter;
+    return nameFilter(filterHead, name, filter) ? findObjectPath(search, filter, identifier, path) : E_FAIL;
 }
 
 // The answer for a user who is no direct member.
@@ -79,6 +73,16 @@ struct Account {
     LdapPath ldapPath;
 };
 
+// Returns what checkGroupMembership does, and a failure for null and for a name that there is no memory for.
+HRESULT checkElement(JNIEnv* env, jstring name, const Account& account) noexcept {
+    // Not a terminated copy: that would end at a zero in the name, and be the name of another group.
+    JavaChars groupName;
+    if (name == nullptr || !groupName.take(env, name, Secrecy::open)) {
+        return E_FAIL;
+    }
+    return checkGroupMembership(account.ldapPath, account.user, {groupName.get(), groupName.length()});
+}
+
 // Looks one group up and adds its name to the result unless the user is found to be a member. Returns false
 // when a Java exception is pending.
 bool checkGroup(JNIEnv* env, const ListClass& list, jobject groups, jint index, const Account& account,
@@ -87,39 +91,30 @@ bool checkGroup(JNIEnv* env, const ListClass& list, jobject groups, jint index, 
     if (exceptionPending(env)) {
         return false;
     }
-    if (!name) {
-        return true;
-    }
-    const WideString groupName = toWideString(env, static_cast<jstring>(name.get()));
-    if (!groupName && exceptionPending(env)) {
-        return false;
-    }
-    // Failures go into the list as well: it holds every group for which membership was not established.
-    if (groupName && SUCCEEDED(checkGroupMembership(account.ldapPath, account.user, groupName.get()))) {
-        return true;
-    }
-    env->CallBooleanMethod(result, list.add, name.get());
-    return !exceptionPending(env);
+    // Required: the result has the groups that he is not in, and failures as well, because the Java side
+    // takes it for those where membership was not established.
+    return SUCCEEDED(checkElement(env, static_cast<jstring>(name.get()), account)) ||
+           addItem(env, result, list.add, name);
 }
 
 }  // namespace
 
 HRESULT checkGroupMembership(const wchar_t* ldapPath, const wchar_t* user,
-                             const wchar_t* groupName) noexcept {
+                             std::wstring_view groupName) noexcept {
     ComPtr<IDirectorySearch> search;
     HRESULT result = bindObject(ldapPath, IID_IDirectorySearch, search);
     if (FAILED(result)) {
         return result;
     }
-    const WideString userPath =
-        findByName(search.get(), L"(&(objectClass=user)(samAccountName=", user, IID_IADsUser);
-    if (!userPath) {
-        return E_FAIL;
+    WideString userPath;
+    result = findByName(search.get(), L"(&(objectClass=user)(samAccountName=", user, IID_IADsUser, userPath);
+    if (FAILED(result)) {
+        return result;
     }
-    const WideString groupPath =
-        findByName(search.get(), L"(&(objectClass=group)(cn=", groupName, IID_IADsGroup);
-    if (!groupPath) {
-        return groupUnknown;
+    WideString groupPath;
+    result = findByName(search.get(), L"(&(objectClass=group)(cn=", groupName, IID_IADsGroup, groupPath);
+    if (FAILED(result)) {
+        return result == E_OUTOFMEMORY ? result : groupUnknown;
     }
     ComPtr<IADsGroup> group;
     result = bindObject(groupPath.get(), IID_IADsGroup, group);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "account/logon.h"
+#include "bridge/credentials.h"
 
 namespace winutil::account {
 

@@ -8,8 +8,7 @@ namespace winutil::account {
 
 namespace {
 
-// The blank at the end of each belongs to it.
-constexpr wchar_t logonTag[] = L"[WindowsUtil:SystemPrivilege:impersonateUser:LogonUser] ";
+// The blank at the end belongs to it.
 constexpr wchar_t impersonateTag[] =
     L"[WindowsUtil:SystemPrivilege:impersonateUser:ImpersonateLoggedOnUser] ";
 
@@ -21,24 +20,26 @@ void enableLogonPrivileges() noexcept {
     setPrivilege("SeImpersonatePrivilege", TRUE);
 }
 
-bool logonAndImpersonate(const NarrowCredentials& account, std::span<wchar_t> message) noexcept {
+bool logonAndImpersonate(const NarrowCredentials& account, ErrorBuffer& errorBuffer) noexcept {
     enableLogonPrivileges();
     KernelHandle token;
+    // Required: modified UTF-8 for an ANSI call, because the Java side passes ASCII, which is the same in
+    // both.
     if (!LogonUserA(account.user, account.domain, account.password, LOGON32_LOGON_INTERACTIVE,
                     LOGON32_PROVIDER_DEFAULT, token.receive())) {
-        appendSystemMessage(message, logonTag, GetLastError());
+        appendSystemMessage(errorBuffer, logonTag, GetLastError());
         return false;
     }
     if (!ImpersonateLoggedOnUser(token.get())) {
-        appendSystemMessage(message, impersonateTag, GetLastError());
+        appendSystemMessage(errorBuffer, impersonateTag, GetLastError());
         return false;
     }
     return true;
 }
 
-bool impersonateToSelf(std::span<wchar_t> message) noexcept {
+bool impersonateToSelf(ErrorBuffer& errorBuffer) noexcept {
     if (!RevertToSelf()) {
-        appendSystemMessage(message, L"", GetLastError());
+        appendSystemMessage(errorBuffer, L"", GetLastError());
         return false;
     }
     return true;
@@ -46,6 +47,8 @@ bool impersonateToSelf(std::span<wchar_t> message) noexcept {
 
 void networkAuthenticate(const Credentials& account) noexcept {
     KernelHandle token;
+    // Required: what became of it is not looked at, because the Java side presents credentials with this and
+    // does not test them.
     LogonUserW(account.user, account.domain, account.password, LOGON32_LOGON_NETWORK_CLEARTEXT,
                LOGON32_PROVIDER_DEFAULT, token.receive());
 }

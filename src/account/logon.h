@@ -3,36 +3,28 @@
 
 #include <windows.h>
 
-#include <span>
+#include "bridge/credentials.h"
+#include "bridge/errors.h"
 
 namespace winutil::account {
 
-// What the ANSI logon takes, as it is.
-struct NarrowCredentials {
-    const char* domain;
-    const char* user;
-    const char* password;
-};
+// To go: for who still names them so.
+using winutil::NarrowCredentials;
 
-// What the Unicode calls take.
-struct Credentials {
-    const wchar_t* domain;
-    const wchar_t* user;
-    const wchar_t* password;
-};
+// What a failed logon is told under; the blank at the end belongs to it.
+inline constexpr wchar_t logonTag[] = L"[WindowsUtil:SystemPrivilege:impersonateUser:LogonUser] ";
 
 // Switches on, for the whole process and for good, the privileges that a logon may take.
 void enableLogonPrivileges() noexcept;
 
 // Logs an account on and lets the calling thread act as it. When either fails the thread acts as before, and
-// the reason is appended to `message`.
-bool logonAndImpersonate(const NarrowCredentials& account, std::span<wchar_t> message) noexcept;
+// the reason is appended to the message.
+bool logonAndImpersonate(const NarrowCredentials& account, ErrorBuffer& errorBuffer) noexcept;
 
-// Lets the calling thread act as the process again; when that fails the reason is appended to `message`.
-bool impersonateToSelf(std::span<wchar_t> message) noexcept;
+// Lets the calling thread act as the process again; when that fails the reason is appended to the message.
+bool impersonateToSelf(ErrorBuffer& errorBuffer) noexcept;
 
-// Presents credentials to the network. Whether they are accepted is not told, deliberately: this is not a
-// test of them.
+// Presents credentials to the network. Whether they are accepted is not told.
 void networkAuthenticate(const Credentials& account) noexcept;
 
 // Lets the calling thread act as the process again at the end of a scope, whoever it was made to act as.

@@ -4,74 +4,32 @@
 #include <cstddef>
 #include <utility>
 
-#include "bridge/owners.h"
+#include "bridge/list.h"
 
 namespace winutil::account {
 
 namespace {
 
 constexpr ULONG batchSize = 16;
-constexpr std::size_t firstCapacity = 16;
 
-// The groups of a walk in the order in which they were met: those that were searched, and behind them those
-// that wait for it. Being listed is what keeps a group from being searched again.
-class VisitedGroups {
-public:
-    VisitedGroups() noexcept = default;
-    VisitedGroups(const VisitedGroups&) = delete;
-    VisitedGroups& operator=(const VisitedGroups&) = delete;
-    ~VisitedGroups() {
-        while (takeNext()) {
-        }
-    }
-
-    bool contains(const ObjectGuid& guid) const noexcept {
-        for (std::size_t i = 0; i < count_; ++i) {
-            if (isSame(entries_.get()[i].guid, guid)) {
-                return true;
-            }
-        }
-        return false;
-    }
-
-    // A group that there is no memory for is not searched: its way back would not be known.
-    void add(const ObjectGuid& guid, ComPtr<IADsGroup> group) noexcept {
-        if (count_ == capacity_ && !grow()) {
-            return;
-        }
-        entries_.get()[count_++] = {guid, group.release()};
-    }
-
-    // Returns the next group to search, or none.
-    ComPtr<IADsGroup> takeNext() noexcept {
-        return ComPtr<IADsGroup>(next_ == count_ ? nullptr : entries_.get()[next_++].group);
-    }
-
-private:
-    struct Entry {
-        ObjectGuid guid;
-        IADsGroup* group;  // owned until it is taken
-    };
-
-    bool grow() noexcept {
-        const std::size_t capacity = capacity_ == 0 ? firstCapacity : 2 * capacity_;
-        HeapMemory<Entry> entries = allocate<Entry>(capacity);
-        if (!entries) {
-            return false;
-        }
-        for (std::size_t i = 0; i < count_; ++i) {
-            entries.get()[i] = entries_.get()[i];
-        }
-        entries_ = std::move(entries);
-        capacity_ = capacity;
-        return true;
-    }
-
-    HeapMemory<Entry> entries_;
-    std::size_t count_ = 0;
-    std::size_t capacity_ = 0;
-    std::size_t next_ = 0;
+// A group of a walk: one that was searched, or one that waits for it.
+struct VisitedGroup {
+    ObjectGuid guid;
+    ComPtr<IADsGroup> group;  // none once it was searched
 };
+
+// In the order in which they were met. Being listed is what keeps a group from being searched again.
+using VisitedGroups = List<VisitedGroup>;
+
+bool contains(const VisitedGroups& visited, const ObjectGuid& guid) noexcept {
+    return std::any_of(visited.begin(), visited.end(),
+                       [&](const VisitedGroup& met) noexcept { return isSame(met.guid, guid); });
+}
+
+// A group that there is no memory for is not searched: its way back would not be known.
+void add(VisitedGroups& visited, const ObjectGuid& guid, ComPtr<IADsGroup> group) noexcept {
+    static_cast<void>(visited.append({.guid = guid, .group = std::move(group)}));
+}
 
 // Some of a group's members, cleared at the end of the scope.
 class MemberBatch {
@@ -137,9 +95,9 @@ bool isWanted(const VARIANT& member, const ObjectGuid& wanted, VisitedGroups& vi
     if (isSame(guid, wanted)) {
         return true;
     }
-    if (!visited.contains(guid)) {
+    if (!contains(visited, guid)) {
         if (ComPtr<IADsGroup> group = bindAsGroup(object.get())) {
-            visited.add(guid, std::move(group));
+            add(visited, guid, std::move(group));
         }
     }
     return false;
@@ -169,9 +127,11 @@ bool findNestedMember(ComPtr<IADsGroup> group, const ObjectGuid& member) noexcep
         readObjectGuid(object.get(), guid);
     }
     // One without an identity is searched as well: it is the group that was asked for.
-    visited.add(guid, std::move(group));
-    while (const ComPtr<IADsGroup> next = visited.takeNext()) {
-        if (searchGroup(next.get(), member, visited)) {
+    add(visited, guid, std::move(group));
+    // The list grows, and may move, while one of its groups is searched.
+    for (std::size_t next = 0; visited.begin() + next != visited.end(); ++next) {
+        const ComPtr<IADsGroup> searched = std::move(visited.begin()[next].group);
+        if (searchGroup(searched.get(), member, visited)) {
             return true;
         }
     }

@@ -24,7 +24,7 @@ bool sidToText(PSID sid, char* buffer, DWORD& size) noexcept {
         SetLastError(ERROR_INSUFFICIENT_BUFFER);
         return false;
     }
-    // The revision is not read from the SID, deliberately: every text says 1.
+    // Required: the revision is not read from the SID, because callers compare texts, and those all say 1.
     std::size_t length = static_cast<std::size_t>(
         _snprintf_s(buffer, size, _TRUNCATE, "S-%lu-", static_cast<unsigned long>(SID_REVISION)));
     const BYTE(&authority)[6] = parts->IdentifierAuthority.Value;

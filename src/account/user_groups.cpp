@@ -5,8 +5,8 @@
 #include <lmaccess.h>
 #include <lmerr.h>
 
+#include "bridge/java_calls.h"
 #include "bridge/java_classes.h"
-#include "bridge/legacy.h"
 #include "bridge/owners.h"
 
 namespace winutil::account {
@@ -31,7 +31,7 @@ bool addGlobalGroups(JNIEnv* env, const wchar_t* server, const wchar_t* user, jo
                                 MAX_PREFERRED_LENGTH, &count, &total);
     });
     for (DWORD i = 0; status == NERR_Success && i < count; ++i) {
-        if (!addText(env, collection, add, groups.get()[i].grui0_name)) {
+        if (!addItem(env, collection, add, groups.get()[i].grui0_name)) {
             return false;
         }
     }
@@ -49,7 +49,7 @@ void addLocalGroups(JNIEnv* env, const wchar_t* server, const wchar_t* user, job
                                      &count, &total);
     });
     for (DWORD i = 0; status == NERR_Success && i < count; ++i) {
-        if (!addText(env, collection, add, groups.get()[i].lgrui0_name)) {
+        if (!addItem(env, collection, add, groups.get()[i].lgrui0_name)) {
             return;
         }
     }

@@ -1,15 +1,17 @@
 #include "account/validation.h"
 
+// windows.h comes first: the other builds on it.
+#include <windows.h>
+
 #include <winnetwk.h>
 
 #include <cstdio>
-#include <cwchar>
 #include <iterator>
 
 #include "account/computer_domain.h"
 #include "account/handshake.h"
+#include "account/logon.h"
 #include "account/system_message.h"
-#include "bridge/errors.h"
 #include "bridge/owners.h"
 #include "bridge/paths.h"
 
@@ -20,7 +22,7 @@ namespace {
 constexpr std::size_t remoteNameCapacity = 1024;
 
 // Checks credentials against another domain by connecting to it; no connection remains.
-void validateByNetworkConnection(JNIEnv* env, const Credentials& account) noexcept {
+Verdict validateByNetworkConnection(const Credentials& account, ErrorBuffer& errorBuffer) noexcept {
     wchar_t remoteName[remoteNameCapacity];
     _snwprintf_s(remoteName, std::size(remoteName), _TRUNCATE, L"%s%s",
                  beginsAsNetworkPath(account.domain) ? L"" : L"\\\\", account.domain);
@@ -34,11 +36,11 @@ void validateByNetworkConnection(JNIEnv* env, const Credentials& account) noexce
     const DWORD code = WNetUseConnectionW(nullptr, &resource, account.password, account.user, CONNECT_PROMPT,
                                           accessName, &accessNameSize, &result);
     WNetCancelConnectionW(remoteName, FALSE);
-    if (code != NO_ERROR) {
-        ErrorBuffer message;
-        formatWin32Error(L"WNetUseConnectionW", code, message.text(), ErrorBuffer::capacity);
-        throwIOException(env, message.text());
+    if (code == NO_ERROR) {
+        return Verdict::accepted;
     }
+    errorBuffer.format(L"WNetUseConnectionW", code);
+    return Verdict::refused;
 }
 
 bool logonSucceeds(const Credentials& account) noexcept {
@@ -48,33 +50,37 @@ bool logonSucceeds(const Credentials& account) noexcept {
                       LOGON32_PROVIDER_DEFAULT, token.receive()) != FALSE;
 }
 
+// Case is ignored as Windows does in names, whatever the characters.
+bool isOwnDomain(const wchar_t* domain) noexcept {
+    ComputerName ownDomain;
+    computerDnsDomain(ownDomain);
+    return CompareStringOrdinal(domain, -1, ownDomain, -1, TRUE) == CSTR_EQUAL;
+}
+
 }  // namespace
 
-void validateUser(JNIEnv* env, const Credentials& account) noexcept {
+Verdict validateUser(const Credentials& account, ErrorBuffer& errorBuffer) noexcept {
     if (validateWithSspi(account) || logonSucceeds(account)) {
-        return;
+        return Verdict::accepted;
     }
     const DWORD code = GetLastError();
-    wchar_t message[messageCapacity] = {};
-    appendSystemMessage(message, L"", code);
+    appendSystemMessage(errorBuffer, L"", code);
     if (code == ERROR_SUCCESS) {
-        return;
+        // Required: no refusal, because callers are told of one by its code.
+        return Verdict::accepted;
     }
-    // Read again behind the message, deliberately: this one decides the class of the exception.
+    // Required: the last error is read again behind the message, because the class of the exception that
+    // callers know goes by this reading.
     const bool restricted = GetLastError() == ERROR_ACCOUNT_RESTRICTION;
     const DWORD normalisedCode = restricted ? ERROR_ACCOUNT_RESTRICTION : ERROR_LOGON_FAILURE;
     if (normalisedCode != code) {
-        appendSystemMessage(message, L"", normalisedCode);
+        appendSystemMessage(errorBuffer, L"", normalisedCode);
     }
-    ComputerName ownDomain;
-    computerDnsDomain(ownDomain);
-    if (_wcsicmp(account.domain, ownDomain) != 0) {
-        validateByNetworkConnection(env, account);
-    } else if (restricted) {
-        throwAccountRestrictionException(env, message);
-    } else {
-        throwIOException(env, message);
+    if (!isOwnDomain(account.domain)) {
+        return validateByNetworkConnection(account, errorBuffer);
     }
+    cutMessage(errorBuffer);
+    return restricted ? Verdict::restricted : Verdict::refused;
 }
 
 }  // namespace winutil::account

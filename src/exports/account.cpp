@@ -6,58 +6,27 @@
 #include "account/system_message.h"
 #include "account/user_groups.h"
 #include "account/validation.h"
-#include "bridge/errors.h"
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
-#include "bridge/secret_text.h"
-#include "exports/account_chars.h"
 #include "exports/entry.h"
 
 using namespace winutil;
 
-namespace {
-
-// The text of a string that may be null.
-WideString textOrEmpty(JNIEnv* env, jstring text) noexcept {
-    return text == nullptr ? copyText(L"", 0) : toWideString(env, text);
-}
-
-// The three strings of an account for the Unicode calls; null strings count as empty.
-class WideAccount {
-public:
-    // Nothing more is taken behind a string that there was no memory for.
-    WideAccount(JNIEnv* env, jstring domain, jstring user, jstring password) noexcept
-        : domain_(textOrEmpty(env, domain)),
-          user_(domain_ ? textOrEmpty(env, user) : WideString()),
-          password_(env, user_ ? password : nullptr) {}
-
-    // False when memory is exhausted.
-    explicit operator bool() const noexcept { return domain_ && user_ && password_; }
-
-    account::Credentials get() const noexcept {
-        return {.domain = domain_.get(), .user = user_.get(), .password = password_.get()};
-    }
-
-private:
-    WideString domain_;
-    WideString user_;
-    SecretText password_;
-};
-
-}  // namespace
-
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_impersonateUser(JNIEnv* env, jobject,
                                                                               jstring domain, jstring user,
                                                                               jstring password) {
-    const AccountChars credentials(env, domain, user, password);
-    if (!credentials) {
-        return nullptr;
+    const Arguments arguments(env, narrow(domain), narrow(user), narrowSecret(password));
+    ErrorBuffer errorBuffer;
+    bool done = false;
+    if (arguments) {
+        done = arguments.pass(
+            [&](auto... texts) noexcept { return account::logonAndImpersonate({texts...}, errorBuffer); });
+    } else {
+        account::appendSystemMessage(errorBuffer, account::logonTag, ERROR_NOT_ENOUGH_MEMORY);
     }
-    wchar_t message[account::messageCapacity] = {};
-    const bool done = account::logonAndImpersonate(credentials.get(), message);
-    jstring text = newJavaString(env, message);
+    account::cutMessage(errorBuffer);
+    jstring text = newJavaString(env, errorBuffer.text());
     if (!done && text != nullptr) {
-        throwIOException(env, message);
+        throwIOException(env, errorBuffer.text());
     }
     if (done && text == nullptr) {
         // The caller sees the JVM's error and no impersonation that it would have to end.
@@ -67,21 +36,29 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_impersonateUser(JN
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_impersonateToSelf(JNIEnv* env, jobject) {
-    wchar_t message[account::messageCapacity] = {};
-    if (!account::impersonateToSelf(message)) {
-        throwIOException(env, message);
+    ErrorBuffer errorBuffer;
+    if (!account::impersonateToSelf(errorBuffer)) {
+        account::cutMessage(errorBuffer);
+        throwIOException(env, errorBuffer.text());
     }
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_validateUserNative(JNIEnv* env, jobject,
                                                                               jstring domain, jstring user,
                                                                               jstring password) {
-    const WideAccount credentials(env, domain, user, password);
-    if (credentials) {
-        account::validateUser(env, credentials.get());
-    } else if (!exceptionPending(env)) {
-        // No exception would say that the credentials are good.
-        throwSystemText(env, ERROR_NOT_ENOUGH_MEMORY);
+    const Arguments arguments(env, wideOrEmpty(domain), wideOrEmpty(user), wideSecret(password));
+    ErrorBuffer errorBuffer;
+    auto verdict = account::Verdict::refused;
+    if (arguments) {
+        verdict = arguments.pass(
+            [&](auto... texts) noexcept { return account::validateUser({texts...}, errorBuffer); });
+    } else {
+        account::appendSystemMessage(errorBuffer, L"", ERROR_NOT_ENOUGH_MEMORY);
+    }
+    if (verdict == account::Verdict::restricted) {
+        throwAccountRestrictionException(env, errorBuffer.text());
+    } else if (verdict == account::Verdict::refused) {
+        throwIOException(env, errorBuffer.text());
     }
 }
 
@@ -89,11 +66,9 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_networkAuthenticat
                                                                                   jstring domain,
                                                                                   jstring user,
                                                                                   jstring password) {
-    const WideAccount credentials(env, domain, user, password);
-    if (credentials) {
-        account::networkAuthenticate(credentials.get());
-    } else if (exceptionPending(env)) {
-        return nullptr;
+    const Arguments arguments(env, wideOrEmpty(domain), wideOrEmpty(user), wideSecret(password));
+    if (arguments) {
+        arguments.pass([](auto... texts) noexcept { account::networkAuthenticate({texts...}); });
     }
     return newJavaString(env, L"");
 }
@@ -108,9 +83,10 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getDomainName(JNIE
     return newJavaString(env, account::computerDnsDomain(domain) ? domain : L"UNKNOWN-DOMAIN");
 }
 
-// The bytes of the ANSI name go to Java as they are: right for ASCII names.
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getV6DomainName(JNIEnv* env, jobject) {
     account::AnsiDomain domain;
+    // Required: the ANSI name goes to Java as modified UTF-8, because the Java side has ASCII names, which
+    // are the same in both.
     return env->NewStringUTF(account::currentUserDomain(domain) ? domain : "");
 }
 
@@ -129,14 +105,18 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getSIDForUser(JNIE
     if (user == nullptr) {
         return env->NewStringUTF("");
     }
-    const WideString wideDomain = textOrEmpty(env, domain);
-    const WideString wideUser = wideDomain ? toWideString(env, user) : WideString();
-    if (!wideUser && exceptionPending(env)) {
+    const Arguments arguments(env, wideOrEmpty(domain), wide(user));
+    if (!arguments.orOutOfMemory()) {
         return nullptr;
     }
     account::SidText text;
-    const bool found = wideUser && account::accountSid(wideDomain.get(), wideUser.get(), text);
-    return env->NewStringUTF(found ? text : "");
+    const std::optional<bool> found =
+        arguments.pass([&](auto... names) noexcept { return account::accountSid(names..., text); });
+    if (!found) {
+        throwOutOfMemoryError(env);
+        return nullptr;
+    }
+    return env->NewStringUTF(*found ? text : "");
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getDomainUserGroups(JNIEnv* env, jobject,
@@ -145,13 +125,9 @@ JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getDomainUserGroups(J
     if (collector == nullptr) {
         return;
     }
-    const WideString wideServer = textOrEmpty(env, server);
-    if (!wideServer) {
-        return;
-    }
-    const WideString wideUser = toWideString(env, user);
-    if (wideUser) {
-        account::addUserGroups(env, wideServer.get(), wideUser.get(), collector);
+    const Arguments arguments(env, wideOrEmpty(server), wide(user));
+    if (arguments.orOutOfMemory()) {
+        account::addUserGroups(env, arguments.get<0>(), arguments.get<1>(), collector);
     }
 }
 

@@ -1,8 +1,5 @@
 // Network drives: connecting, listing, and the names behind a drive letter.
-#include "bridge/errors.h"
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
-#include "bridge/secret_text.h"
 #include "exports/entry.h"
 #include "network/connections.h"
 #include "network/net_resources.h"
@@ -12,24 +9,11 @@ using namespace winutil;
 
 namespace {
 
-// Raises an IOException for a code that is not 0.
-void throwOnFailure(JNIEnv* env, const wchar_t* tag, DWORD code) noexcept {
-    if (code != NO_ERROR) {
-        ErrorBuffer message;
-        formatWin32Error(tag, code, message.text(), ErrorBuffer::capacity);
-        throwIOException(env, message.text());
-    }
-}
-
-// Connecting and cancelling fail under the tag of the one call, so that both read alike.
+// Raises what made a connection, or its end, fail.
 void throwConnectionError(JNIEnv* env, DWORD code) noexcept {
-    throwOnFailure(env, L"WNetUseConnectionW", code);
-}
-
-// What stands for an argument that there was no memory for: no exception would say that the call succeeded.
-void throwNoMemory(JNIEnv* env, const wchar_t* tag) noexcept {
-    if (!exceptionPending(env)) {
-        throwOnFailure(env, tag, ERROR_NOT_ENOUGH_MEMORY);
+    if (code != NO_ERROR) {
+        // Required: cancelling fails under the tag of the other call, because the Java side knows both by it.
+        throwWin32Error(env, L"WNetUseConnectionW", code);
     }
 }
 
@@ -37,27 +21,15 @@ void throwNoMemory(JNIEnv* env, const wchar_t* tag) noexcept {
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_netUse(JNIEnv* env, jobject, jstring user,
                                                                   jstring password, jstring remoteName) {
-    const WideString wideUser = toWideString(env, user);
-    if (!wideUser) {
-        return throwNoMemory(env, L"WNetUseConnectionW");
-    }
-    const SecretText widePassword(env, password);
-    if (!widePassword) {
-        return throwNoMemory(env, L"WNetUseConnectionW");
-    }
-    const WideString wideName = toWideString(env, remoteName);
-    if (!wideName) {
-        return throwNoMemory(env, L"WNetUseConnectionW");
-    }
-    throwConnectionError(env, network::connectShare(wideUser.get(), widePassword.get(), wideName.get()));
+    const Arguments arguments(env, wide(user), wideSecret(password), wide(remoteName));
+    throwConnectionError(env,
+                         arguments ? arguments.pass(network::connectShare) : DWORD{ERROR_NOT_ENOUGH_MEMORY});
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_removeNetUsed(JNIEnv* env, jobject, jstring name) {
-    const WideString wideName = toWideString(env, name);
-    if (!wideName) {
-        return throwNoMemory(env, L"WNetUseConnectionW");
-    }
-    throwConnectionError(env, network::disconnectShare(wideName.get()));
+    const Arguments arguments(env, wide(name));
+    throwConnectionError(
+        env, arguments ? arguments.pass(network::disconnectShare) : DWORD{ERROR_NOT_ENOUGH_MEMORY});
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_getNetUsed(JNIEnv* env, jobject,
@@ -67,27 +39,21 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_getNetUsed(JNIEnv
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getUserByNetUsedPath(JNIEnv* env, jobject,
                                                                                    jstring path) {
-    const WideString widePath = toWideString(env, path);
-    if (!widePath && exceptionPending(env)) {
-        return nullptr;
-    }
+    const Arguments arguments(env, wide(path));
     network::ConnectionUser user = {};
     const DWORD code =
-        widePath ? network::readConnectionUser(widePath.get(), user) : DWORD{ERROR_NOT_ENOUGH_MEMORY};
+        arguments ? network::readConnectionUser(arguments.get<0>(), user) : DWORD{ERROR_NOT_ENOUGH_MEMORY};
     jstring text = newJavaString(env, user);
-    if (text != nullptr) {
-        throwOnFailure(env, L"WNetGetUserW", code);
+    if (code != NO_ERROR && text != nullptr) {
+        throwWin32Error(env, L"WNetGetUserW", code);
     }
     return text;
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getUNC(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    if (!widePath) {
-        return path;
-    }
-    const WideString universal = network::universalName(widePath.get());
-    return newJavaString(env, universal ? universal.get() : widePath.get());
+    const Arguments arguments(env, wide(path));
+    const WideString universal = arguments ? arguments.pass(network::universalNameOf) : WideString();
+    return universal ? newJavaString(env, universal.get()) : path;
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isNetworkConnected(JNIEnv*, jobject) {

@@ -1,7 +1,5 @@
 #include "filesystem/security_access.h"
 
-#include <span>
-
 #include "bridge/errors.h"
 #include "bridge/owners.h"
 #include "bridge/paths.h"
@@ -58,15 +56,11 @@ bool hasUser(const account::NarrowCredentials& account) noexcept {
     return account.user != nullptr && *account.user != '\0';
 }
 
-std::span<wchar_t> charactersOf(ErrorBuffer& message) noexcept {
-    return {message.text(), ErrorBuffer::capacity};
-}
-
 }  // namespace
 
 bool isAccessRead(JNIEnv* env, const wchar_t* path, const account::NarrowCredentials& account) noexcept {
     ErrorBuffer message;
-    if (!hasUser(account) || !account::logonAndImpersonate(account, charactersOf(message))) {
+    if (!hasUser(account) || !account::logonAndImpersonate(account, message)) {
         throwIOException(env, message.text());
         return false;
     }
@@ -86,7 +80,7 @@ bool isAccessWrite(JNIEnv* env, const wchar_t* path, const account::NarrowCreden
     ErrorBuffer message;
     if (hasUser(account)) {
         // Not asked how it went: without the logon, the thread's token decides.
-        account::logonAndImpersonate(account, charactersOf(message));
+        account::logonAndImpersonate(account, message);
     }
     KernelHandle token;
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.receive())) {

@@ -12,8 +12,8 @@
 #include <span>
 #include <string_view>
 
+#include "bridge/java_calls.h"
 #include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
 #include "bridge/owners.h"
 #include "network/resource_texts.h"
 
@@ -22,20 +22,7 @@ namespace winutil::network {
 namespace {
 
 // An open enumeration of network resources.
-struct NetEnumerationKind {
-    using Value = HANDLE;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { WNetCloseEnum(value); }
-};
-using NetEnumeration = Owned<NetEnumerationKind>;
-
-// Memory from GlobalAlloc.
-struct GlobalMemoryKind {
-    using Value = void*;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { GlobalFree(value); }
-};
-using GlobalMemory = Owned<GlobalMemoryKind>;
+using NetEnumeration = Resource<HANDLE, WNetCloseEnum>;
 
 constexpr DWORD bufferSize = 16384;  // bytes
 constexpr DWORD allEntries = 0xFFFFFFFF;
@@ -48,51 +35,17 @@ struct Listing {
     bool stopped = false;  // a Java exception is pending
 };
 
-// A name of a resource as a Java string, empty when there is none; null with a Java exception pending.
-jstring newNameString(JNIEnv* env, const wchar_t* name) noexcept {
-    if (name == nullptr) {
-        return newJavaString(env, L"");
-    }
-    return newJavaString(env, std::wstring_view(name, wcsnlen(name, textLimit)));
+// A name of a resource, empty when there is none.
+std::wstring_view nameText(const wchar_t* name) noexcept {
+    return name == nullptr ? std::wstring_view(L"") : std::wstring_view(name, wcsnlen(name, textLimit));
 }
 
 // Hands one resource to the collector. Returns false when a Java exception is pending.
 bool reportNetResource(JNIEnv* env, jobject collector, const NETRESOURCEW& entry) noexcept {
-    const jmethodID addEntry = findCollectorMethod(env, collector, java_method::addEntry);
-    if (addEntry == nullptr) {
-        return true;
-    }
-    const LocalRef scope(env, newJavaString(env, scopeText(entry.dwScope).get()));
-    if (!scope) {
-        return false;
-    }
-    const LocalRef type(env, newJavaString(env, typeText(entry.dwType).get()));
-    if (!type) {
-        return false;
-    }
-    const LocalRef displayType(env, newJavaString(env, displayTypeText(entry.dwDisplayType).get()));
-    if (!displayType) {
-        return false;
-    }
-    const LocalRef usage(env, newJavaString(env, usageText(entry.dwUsage)));
-    if (!usage) {
-        return false;
-    }
-    const LocalRef localName(env, newNameString(env, entry.lpLocalName));
-    if (!localName) {
-        return false;
-    }
-    const LocalRef remoteName(env, newNameString(env, entry.lpRemoteName));
-    if (!remoteName) {
-        return false;
-    }
-    const LocalRef provider(env, newNameString(env, entry.lpProvider));
-    if (!provider) {
-        return false;
-    }
-    env->CallVoidMethod(collector, addEntry, scope.get(), type.get(), displayType.get(), usage.get(),
-                        localName.get(), remoteName.get(), provider.get());
-    return !exceptionPending(env);
+    return callCollector(env, collector, java_method::addEntry, scopeText(entry.dwScope).get(),
+                         typeText(entry.dwType).get(), displayTypeText(entry.dwDisplayType).get(),
+                         usageText(entry.dwUsage), nameText(entry.lpLocalName), nameText(entry.lpRemoteName),
+                         nameText(entry.lpProvider));
 }
 
 // NOLINTBEGIN(misc-no-recursion): as deep as the containers of the network lie in each other
@@ -126,8 +79,8 @@ bool walkEntries(Listing& listing, HANDLE enumeration) noexcept {
         if (code == ERROR_NO_MORE_ITEMS) {
             return true;
         }
-        // Any other failure is asked again, deliberately without a limit. How many entries came is how many
-        // are asked for next, which is meant too.
+        // Required: any other failure is asked again without a limit, and as many entries are asked for as
+        // came before, because the Java side relies on a listing that ends where the system has no more.
         if (code == NO_ERROR) {
             const std::size_t room = bufferSize / sizeof(NETRESOURCEW);
             reportBatch(listing,

@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cwchar>
 
-#include "bridge/java_strings.h"
 #include "bridge/system_version.h"
 
 namespace winutil::network {
@@ -35,7 +34,7 @@ WideString readLongName(const wchar_t* path, DWORD size) noexcept {
 
 }  // namespace
 
-WideString universalName(const wchar_t* path) noexcept {
+WideString universalNameOf(const wchar_t* path) noexcept {
     OSVERSIONINFOA version;
     if (!readSystemVersion(version) || version.dwPlatformId != VER_PLATFORM_WIN32_NT) {
         return {};

@@ -31,6 +31,14 @@ protected:
 
     JavaObject impersonate() { return NATIVE(impersonateUser)(L"DOM", L"user", L"secret"); }
 
+    // Of the JVM's copies of the three strings, the password's was wiped before it went back.
+    void expectOnlyThePasswordWiped() const {
+        EXPECT_EQ(java.stringReleases().size(), 3u);
+        for (const StringRelease& release : java.stringReleases()) {
+            EXPECT_EQ(release.wiped, release.string.text() == L"secret") << toUtf8(release.string.text());
+        }
+    }
+
     std::vector<std::string> given;
     std::vector<std::string> privileges;
 };
@@ -125,11 +133,20 @@ TEST_F(LogonTest, TriesNoLogonWithoutMemoryForItsStrings) {
     for (std::size_t k = 1; k <= 3; ++k) {
         java.failCall("GetStringUTFChars", k);
 
-        EXPECT_FALSE(impersonate());
+        EXPECT_EQ(impersonate().text(), failure(logonTag, ERROR_NOT_ENOUGH_MEMORY)) << k;
 
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+        EXPECT_EQ(java.takeException(), ioException(failure(logonTag, ERROR_NOT_ENOUGH_MEMORY))) << k;
         EXPECT_EQ(logon.count(), 0u) << k;
     }
+}
+
+TEST_F(LogonTest, LeavesNoPasswordInTheCopyOfTheJvm) {
+    const auto logon = acceptLogon();
+
+    impersonate();
+
+    expectOnlyThePasswordWiped();
+    NATIVE(impersonateToSelf)();
 }
 
 TEST_F(LogonTest, ActsAsNobodyElseWhenTheResultCannotBeMade) {
@@ -179,14 +196,22 @@ TEST_F(LogonTest, NetworkAuthenticateIsSilentAboutWrongCredentials) {
     EXPECT_EQ(NATIVE(networkAuthenticate)(L"DOM", L"user", L"wrong").text(), L"");
 }
 
+TEST_F(LogonTest, NetworkAuthenticateLeavesNoPasswordInTheCopyOfTheJvm) {
+    const auto logon = system().answer("LogonUserW", FALSE, ERROR_LOGON_FAILURE);
+
+    NATIVE(networkAuthenticate)(L"DOM", L"user", L"secret");
+
+    expectOnlyThePasswordWiped();
+}
+
 TEST_F(LogonTest, NetworkAuthenticateWithoutMemoryPresentsNothing) {
     const auto logon = system().answer("LogonUserW", FALSE, ERROR_LOGON_FAILURE);
     for (std::size_t k = 1; k <= 3; ++k) {
         java.failCall("GetStringChars", k);
 
-        EXPECT_FALSE(NATIVE(networkAuthenticate)(L"DOM", L"user", L"secret"));
-
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+        const JavaObject text = NATIVE(networkAuthenticate)(L"DOM", L"user", L"secret");
+        ASSERT_TRUE(text) << k;
+        EXPECT_EQ(text.text(), L"") << k;
     }
     const auto memory = system().answer("malloc", 0);
     const JavaObject text = NATIVE(networkAuthenticate)(L"DOM", L"user", L"secret");

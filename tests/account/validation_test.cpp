@@ -7,6 +7,7 @@
 
 #include "scripted_provider.h"
 #include "switched_privileges.h"
+#include "system_text.h"
 #include "winutil_fixture.h"
 
 namespace {
@@ -111,6 +112,41 @@ TEST_F(ValidationTest, ThrowsForAWrongPasswordInTheComputersOwnDomain) {
 
     EXPECT_EQ(java.takeException(), ioException(reason(ERROR_LOGON_FAILURE)));
     EXPECT_EQ(system().count("WNetUseConnectionW"), 0u);
+}
+
+TEST_F(ValidationTest, IgnoresTheCaseOfEveryCharacterInTheComputersOwnDomain) {
+    const auto computer = computerIs(L"host.M\u00fcller.\u0434\u043e\u043c");
+    const auto logon = refuseLogon(ERROR_LOGON_FAILURE);
+    watchNetwork(NO_ERROR);
+
+    validate(L"m\u00dcLLER.\u0414\u041e\u041c");
+
+    EXPECT_EQ(java.takeException(), ioException(reason(ERROR_LOGON_FAILURE)));
+    EXPECT_TRUE(network.empty());
+}
+
+TEST_F(ValidationTest, TakesADomainForTheComputersOwnByNothingButItsCase) {
+    const auto computer = computerIs(L"host.M\u00fcller");
+    const auto logon = refuseLogon(ERROR_LOGON_FAILURE);
+    watchNetwork(NO_ERROR);
+
+    validate(L"Muller");
+    validate(L"M\u00fclle");
+    validate(L"M\u00fcllers");
+
+    EXPECT_EQ(network.size(), 9u);
+}
+
+TEST_F(ValidationTest, CutsItsMessageAt255Characters) {
+    const auto computer = computerIs(L"host.corp.example.com");
+    const auto logon = refuseLogon(ERROR_ACCESS_DENIED);
+    const auto texts = setSystemText(system(), std::wstring(200, L'x'));
+
+    validate(L"corp.example.com");
+
+    const std::wstring text(200, L'x');
+    const std::wstring whole = L"  (5) " + text + L"  (1326) " + text;
+    EXPECT_EQ(java.takeException(), ioException(whole.substr(0, 255)));
 }
 
 TEST_F(ValidationTest, ThrowsARestrictionOfTheAccountAsSuch) {
@@ -229,23 +265,24 @@ TEST_F(ValidationTest, DoesNotPassForSuccessWithoutMemory) {
 
         validate(L"DOM");
 
-        EXPECT_EQ(java.takeException(), ioException(systemText(ERROR_NOT_ENOUGH_MEMORY))) << k;
+        EXPECT_EQ(java.takeException(), ioException(reason(ERROR_NOT_ENOUGH_MEMORY))) << k;
         EXPECT_EQ(logon.count(), 0u) << k;
     }
 }
 
-TEST_F(ValidationTest, PassesTheErrorOfAJvmWithoutMemoryOn) {
+TEST_F(ValidationTest, DoesNotPassForSuccessWithoutMemoryInTheJvm) {
     const auto logon = refuseLogon(ERROR_LOGON_FAILURE);
     for (std::size_t k = 1; k <= 3; ++k) {
         java.failCall("GetStringChars", k);
 
         validate(L"DOM");
 
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+        EXPECT_EQ(java.takeException(), ioException(reason(ERROR_NOT_ENOUGH_MEMORY))) << k;
+        EXPECT_EQ(logon.count(), 0u) << k;
     }
 }
 
-TEST_F(ValidationTest, LeavesNoPasswordInTheMemoryItFrees) {
+TEST_F(ValidationTest, LeavesNoPasswordInTheMemoryThatGoesBack) {
     const std::wstring password = L"correct horse battery staple";
     std::size_t left = 0;
     std::size_t freed = 0;
@@ -268,6 +305,10 @@ TEST_F(ValidationTest, LeavesNoPasswordInTheMemoryItFrees) {
 
     EXPECT_GE(freed, 3u);
     EXPECT_EQ(left, 0u);
+    EXPECT_EQ(java.stringReleases().size(), 3u);
+    for (const StringRelease& copy : java.stringReleases()) {
+        EXPECT_EQ(copy.wiped, copy.string.text() == password) << toUtf8(copy.string.text());
+    }
 }
 
 }  // namespace

@@ -126,6 +126,17 @@ TEST_F(NetUse, FailsOnASystemWithoutANetwork) {
     EXPECT_EQ(java.takeException(), ioException(errorMessage(L"WNetUseConnectionW", ERROR_NO_NETWORK)));
 }
 
+TEST_F(NetUse, WipesThePasswordInTheCopyOfTheJvm) {
+    const auto replacements = answerWith(NO_ERROR);
+
+    use();
+
+    EXPECT_EQ(java.stringReleases().size(), 3u);
+    for (const StringRelease& release : java.stringReleases()) {
+        EXPECT_EQ(release.wiped, release.string.text() == L"secret") << toUtf8(release.string.text());
+    }
+}
+
 TEST_F(NetUse, WipesThePasswordBeforeItsMemoryGoesBack) {
     const wchar_t* password = nullptr;
     const auto connect = REPLACE(WNetUseConnectionW, [&](HWND, LPNETRESOURCEW, LPCWSTR given, LPCWSTR, DWORD,
@@ -165,7 +176,8 @@ TEST_P(ExhaustedMemory, OfJavaIsNoConnectionEither) {
 
     use();
 
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(java.takeException(),
+              ioException(errorMessage(L"WNetUseConnectionW", ERROR_NOT_ENOUGH_MEMORY)));
     EXPECT_THAT(order, IsEmpty());
 }
 

@@ -304,6 +304,47 @@ TEST_F(Membership, IsLookedForByANameOfAnyCharacters) {
     EXPECT_THAT(directory.questions(), SizeIs(1));
 }
 
+struct EscapedCase {
+    const char* name;
+    wchar_t character;
+    const wchar_t* written;
+};
+
+class EscapedName : public MembershipTest, public testing::WithParamInterface<EscapedCase> {};
+
+// A filter that took them for its own would find other groups, or none.
+TEST_P(EscapedName, IsLookedForByItsCharacters) {
+    const std::wstring name = std::wstring(L"a") + GetParam().character + L"z";
+    directory.entries[group(L"Staff")] = {.isGroup = true, .number = 7, .members = {alice}};
+    directory.rows[L"(&(objectClass=group)(cn=a" + std::wstring(GetParam().written) + L"z))"] = {
+        {group(L"Staff")}};
+
+    EXPECT_THAT(isMemberOf({name}), IsEmpty());
+
+    EXPECT_THAT(directory.questions(), SizeIs(1));
+}
+
+INSTANTIATE_TEST_SUITE_P(Characters, EscapedName,
+                         testing::Values(EscapedCase{"Asterisk", L'*', L"\\2a"},
+                                         EscapedCase{"OpeningParenthesis", L'(', L"\\28"},
+                                         EscapedCase{"ClosingParenthesis", L')', L"\\29"},
+                                         EscapedCase{"Backslash", L'\\', L"\\5c"},
+                                         EscapedCase{"Zero", L'\0', L"\\00"}),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_F(Membership, IsLookedForByTheCharactersOfTheUsersName) {
+    const auto user = REPLACE(GetUserNameW, [](LPWSTR buffer, LPDWORD) -> BOOL {
+        wcscpy(buffer, L"a*(l)i\\ce");
+        return TRUE;
+    });
+    directory.rows[L"(&(objectClass=user)(samAccountName=a\\2a\\28l\\29i\\5cce))"] = {{alice}};
+    addGroup(L"Staff", {alice});
+
+    EXPECT_THAT(isMemberOf({L"Staff"}), IsEmpty());
+
+    EXPECT_THAT(directory.questions(), SizeIs(1));
+}
+
 // The filter has room for 1023 characters, of which 27 are its own.
 TEST_F(Membership, IsNotLookedForByANameThatWouldBeCut) {
     const std::wstring longest(1023 - 27, L'g');
@@ -313,6 +354,17 @@ TEST_F(Membership, IsNotLookedForByANameThatWouldBeCut) {
     EXPECT_THAT(isMemberOf({longest + L"g"}), IsEmpty());
 
     // The group's search of the second call was not made.
+    EXPECT_EQ(directory.count("ExecuteSearch"), 3u);
+}
+
+TEST_F(Membership, IsNotLookedForByANameThatWouldBeCutOnceItIsEscaped) {
+    const std::wstring plain(1023 - 27 - 3, L'g');
+    directory.rows[L"(&(objectClass=group)(cn=" + plain + L"\\2a))"] = {{group(L"Staff")}};
+    directory.entries[group(L"Staff")] = {.isGroup = true, .number = 7};
+
+    EXPECT_THAT(isMemberOf({plain + L"*"}), ElementsAre(plain + L"*"));
+    EXPECT_THAT(isMemberOf({plain + L"g*"}), IsEmpty());
+
     EXPECT_EQ(directory.count("ExecuteSearch"), 3u);
 }
 

@@ -76,9 +76,9 @@ TEST_F(SidOfAccount, TakesTwiceTheMemoryThatTheSystemAsksFor) {
 
     NATIVE(getSIDForUser)(nullptr, L"alice");
 
-    // The user's name, the empty domain, the SID of 28 bytes.
-    ASSERT_EQ(memory.count(), 3u);
-    EXPECT_EQ(memory.calls()[2].argument<std::size_t>(0), 56u);
+    // The user's name, the SID of 28 bytes.
+    ASSERT_EQ(memory.count(), 2u);
+    EXPECT_EQ(memory.calls()[1].argument<std::size_t>(0), 56u);
 }
 
 TEST_F(SidOfAccount, LooksUpTheBareNameWithoutADomain) {
@@ -135,22 +135,23 @@ TEST_F(SidOfAccount, IsEmptyWhereTheSecondLookupFails) {
     EXPECT_EQ(NATIVE(getSIDForUser)(nullptr, L"SYSTEM").text(), L"");
 }
 
-TEST_F(SidOfAccount, IsEmptyWithoutMemoryForTheSid) {
+// An empty text would say that there is no such account.
+TEST_F(SidOfAccount, IsNotToldWithoutMemoryForIt) {
     const auto accounts = accountsHave(sidBytes(ntAuthority, {18}));
     const auto memory = system().failCall("malloc", 3, 0);
 
-    EXPECT_EQ(NATIVE(getSIDForUser)(nullptr, L"alice").text(), L"");
+    EXPECT_FALSE(NATIVE(getSIDForUser)(L"CORP", L"alice"));
 
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_EQ(lookups.size(), 1u);
 }
 
-TEST_F(SidOfAccount, IsEmptyWithoutMemoryForTheNames) {
+TEST_F(SidOfAccount, IsNotLookedUpWithoutMemoryForTheNames) {
     const auto accounts = accountsHave(sidBytes(ntAuthority, {18}));
     for (std::size_t k = 1; k <= 2; ++k) {
         const auto memory = system().failCall("malloc", k, 0);
-        const JavaObject sid = NATIVE(getSIDForUser)(L"CORP", L"alice");
-        ASSERT_TRUE(sid) << k;
-        EXPECT_EQ(sid.text(), L"") << k;
+        EXPECT_FALSE(NATIVE(getSIDForUser)(L"CORP", L"alice")) << k;
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
     }
     EXPECT_THAT(lookups, IsEmpty());
 }

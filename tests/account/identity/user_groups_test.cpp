@@ -203,6 +203,7 @@ TEST_F(UserGroups, AreNotAskedForWithoutMemoryForTheNames) {
 
         const auto memory = system().failCall("malloc", k, 0);
         NATIVE(getDomainUserGroups)(L"dc1", L"alice", collector());
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
     }
     EXPECT_THAT(global.askedServers, IsEmpty());
     EXPECT_THAT(local.askedServers, IsEmpty());

@@ -1,0 +1,51 @@
+#include "account/ldap_filter.h"
+
+#include <cwchar>
+
+namespace winutil::account {
+
+namespace {
+
+// What stands for a character of a value that a filter would take for its own (RFC 4515, section 3); empty
+// for any other.
+std::wstring_view escapeOf(wchar_t character) noexcept {
+    switch (character) {
+        case L'*':
+            return L"\\2a";
+        case L'(':
+            return L"\\28";
+        case L')':
+            return L"\\29";
+        case L'\\':
+            return L"\\5c";
+        case L'\0':
+            return L"\\00";
+        default:
+            return {};
+    }
+}
+
+}  // namespace
+
+bool nameFilter(std::wstring_view head, std::wstring_view name, LdapFilter& filter) noexcept {
+    std::size_t length = 0;
+    // Always leaves room for the terminator.
+    const auto append = [&](std::wstring_view text) noexcept {
+        if (text.size() >= ldapFilterCapacity - length) {
+            return false;
+        }
+        std::wmemcpy(filter + length, text.data(), text.size());
+        length += text.size();
+        return true;
+    };
+    bool fits = append(head);
+    for (const wchar_t& character : name) {
+        const std::wstring_view escape = escapeOf(character);
+        fits = fits && append(escape.empty() ? std::wstring_view(&character, 1) : escape);
+    }
+    fits = fits && append(L"))");
+    filter[fits ? length : 0] = L'\0';
+    return fits;
+}
+
+}  // namespace winutil::account

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace winutil::account {
+
+// Characters of a filter of the directory, the terminator included.
+inline constexpr std::size_t ldapFilterCapacity = 1024;
+using LdapFilter = wchar_t[ldapFilterCapacity];
+
+// Writes a filter for the objects of a name: `head`, which opens two parentheses, and the name in such a form
+// that none of its characters means anything in a filter. Returns false when it does not fit: cut, it would
+// be another's.
+bool nameFilter(std::wstring_view head, std::wstring_view name, LdapFilter& filter) noexcept;
+
+}  // namespace winutil::account
