@@ -10,41 +10,47 @@ namespace winutil::account {
 
 namespace {
 
-// The SID of the built-in guest account: that of the account domain and one more sub-authority.
-LocalMemory<void> makeGuestSid(PSID domain) noexcept {
-    if (domain == nullptr || !IsValidSid(domain)) {
-        return {};
+// Makes the SID of the built-in guest account, in memory with room for it: that of the account domain and one
+// more sub-authority. Returns false for a domain that leaves no room for one.
+bool fillGuestSid(PSID domain, BYTE count, PSID guest) noexcept {
+    if (!InitializeSid(guest, GetSidIdentifierAuthority(domain), count)) {
+        return false;
     }
-    const BYTE domainCount = *GetSidSubAuthorityCount(domain);
-    const auto count = static_cast<BYTE>(domainCount + 1);
-    LocalMemory<void> guest(LocalAlloc(LMEM_ZEROINIT, GetSidLengthRequired(count)));
-    // A domain that leaves no room for one more sub-authority fails here.
-    if (!guest || !InitializeSid(guest.get(), GetSidIdentifierAuthority(domain), count)) {
-        return {};
-    }
+    const auto domainCount = static_cast<BYTE>(count - 1);
     for (BYTE i = 0; i < domainCount; ++i) {
-        *GetSidSubAuthority(guest.get(), i) = *GetSidSubAuthority(domain, i);
+        *GetSidSubAuthority(guest, i) = *GetSidSubAuthority(domain, i);
     }
-    *GetSidSubAuthority(guest.get(), domainCount) = DOMAIN_USER_RID_GUEST;
+    *GetSidSubAuthority(guest, domainCount) = DOMAIN_USER_RID_GUEST;
     static_assert(DOMAIN_USER_RID_GUEST == 501);
-    return guest;
+    return true;
 }
 
 }  // namespace
 
-bool isGuestToken(HANDLE token) noexcept {
+std::optional<bool> isGuestToken(HANDLE token) noexcept {
     NetMemory<USER_MODALS_INFO_2> modals;
     const NET_API_STATUS status = NetUserModalsGet(nullptr, 2, reinterpret_cast<LPBYTE*>(modals.receive()));
     if (status != NERR_Success) {
         SetLastError(status);
         return false;
     }
-    const LocalMemory<void> guest = makeGuestSid(modals ? modals.get()->usrmod2_domain_id : nullptr);
+    const PSID domain = modals ? modals.get()->usrmod2_domain_id : nullptr;
+    if (domain == nullptr || !IsValidSid(domain)) {
+        return false;
+    }
+    const auto count = static_cast<BYTE>(*GetSidSubAuthorityCount(domain) + 1);
+    const LocalMemory<void> guest(LocalAlloc(LMEM_ZEROINIT, GetSidLengthRequired(count)));
     if (!guest) {
+        return std::nullopt;
+    }
+    if (!fillGuestSid(domain, count, guest.get())) {
         return false;
     }
     const ProcessHeapMemory<TOKEN_USER> user = tokenUser(token);
-    return user && EqualSid(guest.get(), user.get()->User.Sid);
+    if (!user) {
+        return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? std::nullopt : std::optional(false);
+    }
+    return EqualSid(guest.get(), user.get()->User.Sid) != FALSE;
 }
 
 }  // namespace winutil::account

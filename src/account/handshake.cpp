@@ -128,14 +128,15 @@ bool serverStep(SspiSide& side, const Token& input, Token& output, bool& done) n
 }
 
 // Returns whether the server side let the client in as the guest, as a computer that admits everybody does
-// with any name and password.
+// with any name and password. Without memory to tell, it may have: the logon behind the handshake then
+// decides.
 bool admittedAsGuest(SspiSide& server) noexcept {
     const auto queryToken = server.functions.querySecurityContextToken;
     KernelHandle token;
     if (queryToken == nullptr || !server.haveContext || queryToken(&server.context, token.receive()) < 0) {
         return false;
     }
-    return isGuestToken(token.get());
+    return isGuestToken(token.get()).value_or(true);
 }
 
 bool readMaxToken(const SspiFunctionTable& functions, unsigned long& maxToken) noexcept {

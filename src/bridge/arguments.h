@@ -12,6 +12,7 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <tuple>
 
 #include "bridge/errors.h"
@@ -20,7 +21,7 @@
 namespace winutil {
 
 // How a text is asked for.
-enum class OfNull { null, empty };
+enum class OfNull : std::uint8_t { null, empty };
 template <class Text>
 struct TextRequest {
     jstring text;

@@ -8,6 +8,7 @@
 #include <jni.h>
 #include <windows.h>
 
+#include <cstdint>
 #include <string_view>
 
 #include "bridge/text.h"
@@ -15,7 +16,7 @@
 namespace winutil {
 
 // Whether a text is a password: of one, the JVM's copy is wiped before it goes back.
-enum class Secrecy { open, secret };
+enum class Secrecy : std::uint8_t { open, secret };
 
 // Returns a copy of `text` as zero-terminated UTF-16; none when memory is exhausted. `text` must not be null.
 WideString toWideString(JNIEnv* env, jstring text, Secrecy secrecy = Secrecy::open) noexcept;

@@ -22,8 +22,12 @@ ProcessHeapMemory<TOKEN_USER> tokenUser(HANDLE token) noexcept {
     }
     ProcessHeapMemory<TOKEN_USER> user(
         static_cast<TOKEN_USER*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size)));
+    if (!user) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return user;
+    }
     DWORD written = 0;
-    if (!user || !GetTokenInformation(token, TokenUser, user.get(), size, &written) ||
+    if (!GetTokenInformation(token, TokenUser, user.get(), size, &written) ||
         !isSidWithin(user.get()->User.Sid, user.get(), size)) {
         return {};
     }

@@ -295,13 +295,14 @@ TEST_F(HandshakeTest, LeavesWhyTheGuestIsNotKnownAsTheLastError) {
     EXPECT_EQ(provider.errorAtEnd, static_cast<DWORD>(NERR_BASE));
 }
 
-TEST_F(HandshakeTest, TakesNobodyForTheGuestWithoutMemory) {
+TEST_F(HandshakeTest, LetsTheLogonDecideWithoutMemoryToTellTheGuest) {
     const auto guest = tokenUserIs(L"S-1-5-21-0-0-0-501");
     giveToken();
     {
         const auto memory = system().failCall("LocalAlloc", 1, ERROR_NOT_ENOUGH_MEMORY);
         validate();
         EXPECT_EQ(memory.calls().at(0).argument<UINT>(0), 0x40u);
+        EXPECT_TRUE(fellThrough());
     }
     giveToken();
     {
@@ -311,7 +312,7 @@ TEST_F(HandshakeTest, TakesNobodyForTheGuestWithoutMemory) {
         EXPECT_EQ(memory.count(), 3u);
     }
 
-    EXPECT_FALSE(fellThrough());
+    EXPECT_TRUE(fellThrough());
 }
 
 TEST_F(HandshakeTest, TakesNobodyForTheGuestWhenTheDomainHasNoRoomForOneMoreSubAuthority) {
