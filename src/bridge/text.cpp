@@ -1,5 +1,6 @@
 #include "bridge/text.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace winutil {
@@ -21,10 +22,10 @@ void ansiToWide(wchar_t* destination, const char* source, int capacity) noexcept
 
 HeapMemory<char> wideToAnsi(const wchar_t* source) noexcept {
     const int size = WideCharToMultiByte(CP_ACP, 0, source, -1, nullptr, 0, nullptr, nullptr);
-    HeapMemory<char> text = allocate<char>(static_cast<std::size_t>(size));
-    if (size <= 0 || !text ||
-        WideCharToMultiByte(CP_ACP, 0, source, -1, text.get(), size, nullptr, nullptr) == 0) {
-        return {};
+    HeapMemory<char> text = allocate<char>(static_cast<std::size_t>(std::max(size, 1)));
+    if (text &&
+        (size <= 0 || WideCharToMultiByte(CP_ACP, 0, source, -1, text.get(), size, nullptr, nullptr) == 0)) {
+        *text.get() = '\0';
     }
     return text;
 }

@@ -20,7 +20,8 @@ WideString copyText(const wchar_t* text, std::size_t length, std::size_t extra =
 // `capacity` counts wide characters of `destination`, the terminator included.
 void ansiToWide(wchar_t* destination, const char* source, int capacity) noexcept;
 
-// Returns a text in the active ANSI code page; none when it cannot be converted or memory is exhausted.
+// Returns a text in the active ANSI code page, the empty text when it cannot be converted; none when memory
+// is exhausted.
 HeapMemory<char> wideToAnsi(const wchar_t* source) noexcept;
 
 }  // namespace winutil

@@ -6,10 +6,7 @@
 #include <conio.h>
 #include <shlobj.h>
 
-#include "bridge/errors.h"
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
-#include "bridge/legacy.h"
 #include "bridge/optional_functions.h"
 #include "exports/entry.h"
 #include "host/environment.h"
@@ -27,67 +24,58 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getMessagePipeSlot
     return newJavaString(env, host::messagePipeName);
 }
 
-// The bytes of the message go to Java as they are, deliberately: of UTF-16 text in English its first
-// character arrives.
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_connectPipe(JNIEnv* env, jobject,
                                                                           jstring name) {
-    const WideString wideName = toWideString(env, name);
-    if (!wideName) {
-        return emptyUnlessPending(env);
+    const Arguments arguments(env, wide(name));
+    if (!arguments.orOutOfMemory()) {
+        return nullptr;
     }
     host::MessageBytes message;
-    host::serveClient(wideName.get(), message);
+    host::serveClient(arguments.get<0>(), message);
+    // Required: the bytes as they are, because callers know a message so: of UTF-16 text in English its first
+    // character.
     return env->NewStringUTF(message);
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_sendPipe(JNIEnv* env, jobject, jstring name,
                                                                     jstring message) {
-    const WideString wideName = toWideString(env, name);
-    if (!wideName) {
-        return 0;
-    }
-    const WideString wideMessage = toWideString(env, message);
-    return wideMessage ? host::sendMessage(wideName.get(), wideMessage.get()) : 0;
+    const Arguments arguments(env, wide(name), wide(message));
+    return arguments.orOutOfMemory() ? arguments.pass(host::sendMessage) : 0;
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_createEventLog(JNIEnv* env, jobject,
                                                                           jstring source, jstring message,
                                                                           jint kind,
                                                                           jboolean alternativeEvent) {
-    const WideString wideSource = toWideString(env, source);
-    if (!wideSource) {
-        return;
-    }
-    const WideString wideMessage = message == nullptr ? copyText(L"", 0) : toWideString(env, message);
-    if (wideMessage) {
-        host::writeEvent(wideSource.get(), wideMessage.get(), kind, fromJava(alternativeEvent));
+    const Arguments arguments(env, wide(source), wideOrEmpty(message));
+    if (arguments.orOutOfMemory()) {
+        host::writeEvent(arguments.get<0>(), arguments.get<1>(), kind, fromJava(alternativeEvent));
     }
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getEnv(JNIEnv* env, jobject, jstring name) {
-    const WideString wideName = toWideString(env, name);
-    if (!wideName) {
+    const Arguments arguments(env, wide(name));
+    if (!arguments.orOutOfMemory()) {
         return nullptr;
     }
-    const WideString value = host::environmentVariable(wideName.get());
-    return value ? newJavaString(env, value.get()) : nullptr;
+    const std::optional<WideString> value = arguments.pass(host::environmentVariable);
+    if (!value) {
+        throwOutOfMemoryError(env);
+        return nullptr;
+    }
+    return *value ? newJavaString(env, value->get()) : nullptr;
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_setEnvironmentVariable(JNIEnv* env, jobject,
                                                                                   jstring name,
                                                                                   jstring value) {
-    const WideString wideName = toWideString(env, name);
-    const WideString wideValue = wideName ? toWideString(env, value) : WideString();
-    if (!wideValue && exceptionPending(env)) {
+    constexpr wchar_t tag[] = L"SetEnvironmentVariableW";
+    const Arguments arguments(env, wide(name), wide(value));
+    if (!arguments.orThrow(tag)) {
         return;
     }
-    const std::optional<DWORD> failure = wideValue
-                                             ? host::setEnvironmentVariable(wideName.get(), wideValue.get())
-                                             : DWORD{ERROR_NOT_ENOUGH_MEMORY};
-    if (failure) {
-        ErrorBuffer text;
-        formatWin32Error(L"SetEnvironmentVariableW", *failure, text.text(), ErrorBuffer::capacity);
-        throwIOException(env, text.text());
+    if (const std::optional<DWORD> failure = arguments.pass(host::setEnvironmentVariable)) {
+        throwWin32Error(env, tag, *failure);
     }
 }
 
@@ -109,8 +97,7 @@ JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_getProductType(JNIEnv
     return host::productType();
 }
 
-// Whether this is a 32-bit process on a 64-bit system: this build's answer is no, on a 64-bit system too, and
-// the Java side knows which build it loaded.
+// Required: no from a 64-bit build whatever the system, because the Java side knows which build it loaded.
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isWindows64(JNIEnv*, jobject) {
     return toJava(isWow64());
 }

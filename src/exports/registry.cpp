@@ -2,9 +2,7 @@
 #include <cstring>
 
 #include "bridge/java_arrays.h"
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
-#include "bridge/legacy.h"
 #include "exports/entry.h"
 #include "registry/hives.h"
 #include "registry/keys.h"
@@ -15,24 +13,17 @@ using namespace winutil;
 
 namespace {
 
-// The text that was read, or the empty one of a failure; null behind a failure of the JVM's own.
-jstring toJava(JNIEnv* env, const WideString& text) noexcept {
-    if (!text && exceptionPending(env)) {
-        return nullptr;
-    }
+// The text that was read, or the empty one of a failure.
+jstring textOrEmpty(JNIEnv* env, const WideString& text) noexcept {
     return newJavaString(env, text ? text.get() : L"");
 }
 
 jboolean writeText(JNIEnv* env, jstring path, jstring text, DWORD type) noexcept {
-    const NarrowChars narrowPath(env, path);
-    if (narrowPath.get() == nullptr) {
-        return JNI_FALSE;
-    }
-    const NarrowChars narrowText(env, text);
-    // Without the terminating zero, which is kept so on purpose.
-    return winutil::toJava(
-        narrowText.get() != nullptr &&
-        registry::writeValue(narrowPath.get(), type, narrowText.get(), std::strlen(narrowText.get())));
+    const Arguments arguments(env, narrow(path), narrow(text));
+    const char* const bytes = arguments.get<1>();
+    // Required: without the terminating zero, because the Java side has always stored its texts so.
+    return toJava(arguments && bytes != nullptr &&
+                  registry::writeValue(arguments.get<0>(), type, bytes, std::strlen(bytes)));
 }
 
 }  // namespace
@@ -40,30 +31,24 @@ jboolean writeText(JNIEnv* env, jstring path, jstring text, DWORD type) noexcept
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_listRegistry(JNIEnv* env, jobject,
                                                                         jobject collector, jstring rootName,
                                                                         jstring keyPath) {
-    const NarrowChars narrowRoot(env, rootName);
-    if (narrowRoot.get() == nullptr) {
-        return;
-    }
-    const NarrowChars narrowPath(env, keyPath);
-    if (narrowPath.get() != nullptr) {
-        registry::listRegistry(env, collector, narrowRoot.get(), narrowPath.get());
+    const Arguments arguments(env, narrow(rootName), narrow(keyPath));
+    if (arguments.orOutOfMemory()) {
+        registry::listRegistry(env, collector, arguments.get<0>(), arguments.get<1>());
     }
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setRegistryDWORD(JNIEnv* env, jobject,
                                                                                 jstring path, jlong value) {
-    const NarrowChars narrowPath(env, path);
+    const Arguments arguments(env, narrow(path));
     const auto number = static_cast<DWORD>(value);
-    return winutil::toJava(narrowPath.get() != nullptr &&
-                           registry::writeValue(narrowPath.get(), REG_DWORD, &number, sizeof(number)));
+    return toJava(arguments && registry::writeValue(arguments.get<0>(), REG_DWORD, &number, sizeof(number)));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setRegistryDWORDW(JNIEnv* env, jobject,
                                                                                  jstring path, jlong value) {
-    const WideString widePath = toWideString(env, path);
+    const Arguments arguments(env, wide(path));
     const auto number = static_cast<DWORD>(value);
-    return winutil::toJava(widePath &&
-                           registry::writeValue(widePath.get(), REG_DWORD, &number, sizeof(number)));
+    return toJava(arguments && registry::writeValue(arguments.get<0>(), REG_DWORD, &number, sizeof(number)));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setRegistryString(JNIEnv* env, jobject,
@@ -74,18 +59,14 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setRegistryString
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setRegistryStringW(JNIEnv* env, jobject,
                                                                                   jstring path,
                                                                                   jstring text) {
-    const WideString widePath = toWideString(env, path);
-    if (!widePath) {
-        return JNI_FALSE;
-    }
-    const TerminatedChars chars(env, text);
-    if (!chars) {
+    const Arguments arguments(env, wide(path), inPlace(text));
+    if (!arguments || arguments.get<1>() == nullptr) {
         return JNI_FALSE;
     }
     // Without the terminating zero, like its narrow sibling.
     const auto length = static_cast<std::size_t>(env->GetStringLength(text));
-    return winutil::toJava(
-        registry::writeValue(widePath.get(), REG_SZ, chars.get(), length * sizeof(wchar_t)));
+    return toJava(
+        registry::writeValue(arguments.get<0>(), REG_SZ, arguments.get<1>(), length * sizeof(wchar_t)));
 }
 
 // A U+0000 in the text arrives as the two bytes that stand for it in modified UTF-8: it separates nothing.
@@ -99,58 +80,49 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setRegistryBinary
                                                                                  jstring path,
                                                                                  jbyteArray data, jint offset,
                                                                                  jint length) {
-    const NarrowChars narrowPath(env, path);
-    if (narrowPath.get() == nullptr) {
+    const Arguments arguments(env, narrow(path));
+    if (!arguments) {
         return JNI_FALSE;
     }
     const ByteElements elements(env, data, 0);
     // The bounds are the caller's.
-    return winutil::toJava(elements &&
-                           registry::writeValue(narrowPath.get(), REG_BINARY, elements.get() + offset,
-                                                static_cast<std::size_t>(length)));
+    return toJava(elements && registry::writeValue(arguments.get<0>(), REG_BINARY, elements.get() + offset,
+                                                   static_cast<std::size_t>(length)));
 }
 
 JNIEXPORT jlong JNICALL Java_com_qarvo_kel_util_WindowsUtil_getRegistryDWORD(JNIEnv* env, jobject,
                                                                              jstring path) {
-    const NarrowChars narrowPath(env, path);
-    return narrowPath.get() == nullptr ? -1 : registry::readDword(narrowPath.get());
+    const Arguments arguments(env, narrow(path));
+    return arguments ? arguments.pass(registry::readDword) : -1;
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getRegistryString(JNIEnv* env, jobject,
                                                                                 jstring path) {
-    const NarrowChars narrowPath(env, path);
-    return toJava(env, narrowPath.get() == nullptr ? WideString() : registry::readText(narrowPath.get()));
+    const Arguments arguments(env, narrow(path));
+    return textOrEmpty(env, arguments ? registry::readText(arguments.get<0>()) : WideString());
 }
 
 JNIEXPORT jbyteArray JNICALL Java_com_qarvo_kel_util_WindowsUtil_getRegistryBinary(JNIEnv* env, jobject,
                                                                                    jstring path) {
-    const NarrowChars narrowPath(env, path);
-    if (!narrowPath) {
-        return nullptr;
-    }
-    if (narrowPath.get() == nullptr) {
-        return newByteArray(env, {});
-    }
-    return newByteArray(env, registry::SmallValue(narrowPath.get()).bytes());
+    const Arguments arguments(env, narrow(path));
+    const registry::SmallValue value(arguments ? arguments.get<0>() : nullptr);
+    return newByteArray(env, value.bytes());
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getRegistryValueString(JNIEnv* env, jobject,
                                                                                      jstring key,
                                                                                      jstring valueName) {
-    const NarrowChars narrowKey(env, key);
-    if (narrowKey.get() == nullptr) {
-        return toJava(env, {});
-    }
-    const NarrowChars narrowName(env, valueName);
-    return toJava(env, narrowName.get() == nullptr ? WideString()
-                                                   : registry::readText(narrowKey.get(), narrowName.get()));
+    const Arguments arguments(env, narrow(key), narrow(valueName));
+    return textOrEmpty(env,
+                       arguments ? registry::readText(arguments.get<0>(), arguments.get<1>()) : WideString());
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getRegistryValue(JNIEnv* env, jobject,
                                                                                jstring path, jint extraAccess,
                                                                                jint expectedType) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(env, widePath ? registry::readText(widePath.get(), static_cast<REGSAM>(extraAccess),
+    const Arguments arguments(env, wide(path));
+    return textOrEmpty(env, arguments
+                                ? registry::readText(arguments.get<0>(), static_cast<REGSAM>(extraAccess),
                                                      static_cast<DWORD>(expectedType))
                                 : WideString());
 }
@@ -158,36 +130,20 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getRegistryValue(J
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_makeNewRegistryKey(JNIEnv* env, jobject,
                                                                                   jstring rootName,
                                                                                   jstring keyPath) {
-    const WideString wideRoot = toWideString(env, rootName);
-    if (!wideRoot) {
-        return JNI_FALSE;
-    }
-    const WideString widePath = toWideString(env, keyPath);
-    return winutil::toJava(widePath && registry::makeKey(wideRoot.get(), widePath.get()));
+    const Arguments arguments(env, wide(rootName), wide(keyPath));
+    return toJava(arguments && arguments.pass(registry::makeKey));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_loadRegistry(JNIEnv* env, jobject,
                                                                             jstring rootName, jstring keyName,
                                                                             jstring hiveFile) {
-    const WideString wideRoot = toWideString(env, rootName);
-    if (!wideRoot) {
-        return JNI_FALSE;
-    }
-    const WideString wideName = toWideString(env, keyName);
-    if (!wideName) {
-        return JNI_FALSE;
-    }
-    const WideString wideFile = toWideString(env, hiveFile);
-    return winutil::toJava(wideFile && registry::loadHive(wideRoot.get(), wideName.get(), wideFile.get()));
+    const Arguments arguments(env, wide(rootName), wide(keyName), wide(hiveFile));
+    return toJava(arguments && arguments.pass(registry::loadHive));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_unloadRegistry(JNIEnv* env, jobject,
                                                                               jstring rootName,
                                                                               jstring keyName) {
-    const WideString wideRoot = toWideString(env, rootName);
-    if (!wideRoot) {
-        return JNI_FALSE;
-    }
-    const WideString wideName = toWideString(env, keyName);
-    return winutil::toJava(wideName && registry::unloadHive(wideRoot.get(), wideName.get()));
+    const Arguments arguments(env, wide(rootName), wide(keyName));
+    return toJava(arguments && arguments.pass(registry::unloadHive));
 }

@@ -1,7 +1,5 @@
 // Volumes, partitions and drives, and the serial numbers of disks.
-#include "bridge/errors.h"
 #include "bridge/java_strings.h"
-#include "bridge/legacy.h"
 #include "bridge/optional_functions.h"
 #include "exports/entry.h"
 #include "volume/disk_serials.h"
@@ -19,27 +17,35 @@ JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_listPartitions(JNIEnv
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_listNTFSPartitions(JNIEnv* env, jobject,
                                                                               jstring diskPath,
                                                                               jobject collector) {
-    const TerminatedChars path(env, diskPath);
-    if (path) {
-        volume::listNtfsPartitions(env, path.get(), collector);
+    const Arguments arguments(env, inPlace(diskPath));
+    const DWORD code = arguments ? volume::listNtfsPartitions(env, arguments.get<0>(), collector)
+                                 : DWORD{ERROR_NOT_ENOUGH_MEMORY};
+    if (code == ERROR_SUCCESS) {
+        return;
+    }
+    const SystemText text(code);
+    if (code == ERROR_FILE_NOT_FOUND) {
+        throwFileNotFoundException(env, text.get());
+    } else {
+        throwIOException(env, text.get());
     }
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getVolumeName(JNIEnv* env, jobject,
                                                                             jstring path) {
-    const WideString widePath = toWideString(env, path);
-    if (!widePath) {
-        return emptyUnlessPending(env);
+    const Arguments arguments(env, wide(path));
+    if (!arguments.orOutOfMemory()) {
+        return nullptr;
     }
     VolumePath volume;
-    findVolumePath(widePath.get(), volume);
+    findVolumePath(arguments.get<0>(), volume);
     return newJavaString(env, volume);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isNTFSVolume(JNIEnv* env, jobject,
                                                                             jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && isNtfsVolume(widePath.get()));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() && arguments.pass(isNtfsVolume));
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getSystemVolumeDriveLetter(JNIEnv* env,
@@ -55,41 +61,36 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getSystemVolumeDri
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getVolumeLabel(JNIEnv* env, jobject,
                                                                              jstring root) {
-    const WideString wideRoot = toWideString(env, root);
-    if (!wideRoot) {
-        return emptyUnlessPending(env);
+    const Arguments arguments(env, wide(root));
+    if (!arguments.orOutOfMemory()) {
+        return nullptr;
     }
     volume::VolumeLabel label;
-    volume::readVolumeLabel(wideRoot.get(), label);
+    volume::readVolumeLabel(arguments.get<0>(), label);
     return newJavaString(env, label);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setVolumeLabel(JNIEnv* env, jobject,
                                                                               jstring root, jstring label) {
-    const NarrowChars narrowRoot(env, root);
-    if (narrowRoot.get() == nullptr) {
-        return JNI_FALSE;
-    }
-    const NarrowChars narrowLabel(env, label);
-    return toJava(narrowLabel.get() != nullptr &&
-                  volume::setVolumeLabel(narrowRoot.get(), narrowLabel.get()));
+    const Arguments arguments(env, narrow(root), narrow(label));
+    return toJava(arguments.orOutOfMemory() && arguments.pass(volume::setVolumeLabel));
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_getDriveType(JNIEnv* env, jobject, jstring root) {
-    const NarrowChars narrowRoot(env, root);
-    return narrowRoot.get() == nullptr ? 0 : volume::driveType(narrowRoot.get());
+    const Arguments arguments(env, narrow(root));
+    return arguments.orOutOfMemory() ? arguments.pass(volume::driveType) : 0;
 }
 
 JNIEXPORT jlong JNICALL Java_com_qarvo_kel_util_WindowsUtil_getTotalDiskSpace(JNIEnv* env, jobject,
                                                                               jstring path) {
-    const NarrowChars narrowPath(env, path);
-    return narrowPath.get() == nullptr ? 0 : volume::totalSpace(narrowPath.get());
+    const Arguments arguments(env, narrow(path));
+    return arguments.orOutOfMemory() ? arguments.pass(volume::totalSpace) : 0;
 }
 
 JNIEXPORT jlong JNICALL Java_com_qarvo_kel_util_WindowsUtil_getFreeDiskSpace(JNIEnv* env, jobject,
                                                                              jstring path) {
-    const NarrowChars narrowPath(env, path);
-    return narrowPath.get() == nullptr ? 0 : volume::freeSpace(narrowPath.get());
+    const Arguments arguments(env, narrow(path));
+    return arguments.orOutOfMemory() ? arguments.pass(volume::freeSpace) : 0;
 }
 
 JNIEXPORT jobjectArray JNICALL Java_com_qarvo_kel_util_WindowsUtil_getLogicalDrives(JNIEnv* env, jobject) {

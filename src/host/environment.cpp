@@ -14,18 +14,21 @@ constexpr std::size_t nameLimit = 32767;
 
 }  // namespace
 
-WideString environmentVariable(const wchar_t* name) noexcept {
+std::optional<WideString> environmentVariable(const wchar_t* name) noexcept {
     if (std::wcslen(name) >= nameLimit) {
-        return {};
+        return WideString();
     }
     // The size tells more than the result, which not every runtime sets alike.
     std::size_t size = 0;
     _wgetenv_s(&size, nullptr, 0, name);
     if (size == 0) {
-        return {};
+        return WideString();
     }
     WideString value = allocateZeroed<wchar_t>(size);
-    if (value && _wgetenv_s(&size, value.get(), size, name) != 0) {
+    if (!value) {
+        return std::nullopt;
+    }
+    if (_wgetenv_s(&size, value.get(), size, name) != 0) {
         value.reset();
     }
     return value;

@@ -9,8 +9,9 @@
 
 namespace winutil::host {
 
-// Returns a variable from the C runtime's copy of the environment; none when it is not set.
-WideString environmentVariable(const wchar_t* name) noexcept;
+// Returns a variable from the C runtime's copy of the environment, none when it is not set; no answer when
+// memory is exhausted.
+std::optional<WideString> environmentVariable(const wchar_t* name) noexcept;
 
 // Sets a variable for the processes that this one starts. Returns the code of a failure, which can be 0.
 std::optional<DWORD> setEnvironmentVariable(const wchar_t* name, const wchar_t* value) noexcept;

@@ -14,12 +14,7 @@ namespace winutil::host {
 namespace {
 
 // A source that events are written in the name of.
-struct EventSourceKind {
-    using Value = HANDLE;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { DeregisterEventSource(value); }
-};
-using EventSource = Owned<EventSourceKind>;
+using EventSource = Resource<HANDLE, DeregisterEventSource>;
 
 // The two events that the message file of the source describes.
 constexpr DWORD ordinaryEvent = 0x101;
@@ -45,10 +40,10 @@ void printRegisterFailure() noexcept {
 }
 
 void printReportFailure(DWORD event) noexcept {
-    // Made and dropped: the line ends where the text would begin. The code printed is the one that stands
-    // when the text has been looked up.
-    ErrorBuffer message;
-    formatWin32Error(L"ReportEventW", GetLastError(), message.text(), ErrorBuffer::capacity);
+    // Required: a text that is made and dropped, because the line is known to end where it would begin, with
+    // the code that stands when the text has been looked up.
+    ErrorBuffer errorBuffer;
+    errorBuffer.format(L"ReportEventW", GetLastError());
     char line[lineCapacity];
     _snprintf_s(line, std::size(line), _TRUNCATE, "ReportEvent failed with 0x%lx for event 0x%lx. Error=\n",
                 GetLastError(), event);

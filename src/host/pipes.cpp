@@ -80,12 +80,15 @@ void serveClient(const wchar_t* pipeName, MessageBytes& message) noexcept {
     const FileHandle pipe(
         CreateNamedPipeW(pipeName, PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE,
                          PIPE_UNLIMITED_INSTANCES, pipeBufferSize, pipeBufferSize, 0, nullptr));
-    // A client that came before the server was ready is one more failure, deliberately.
+    // Required: a client that came before the server was ready is one more failure, because the Java side
+    // serves again after each call.
     if (!pipe || !ConnectNamedPipe(pipe.get(), nullptr)) {
         return;
     }
     const ConnectedClient client(pipe.get());
     DWORD count = 0;
+    // Required: not cleared in between, because callers know what an earlier message leaves behind a shorter
+    // one.
     while (ReadFile(pipe.get(), message, messageSize, &count, nullptr) && count > 0 &&
            acknowledge(pipe.get())) {
     }
@@ -94,6 +97,7 @@ void serveClient(const wchar_t* pipeName, MessageBytes& message) noexcept {
 int sendMessage(const wchar_t* pipeName, const wchar_t* message) noexcept {
     const FileHandle pipe = openPipe(pipeName);
     DWORD mode = PIPE_READMODE_MESSAGE;
+    // Required: every failure is 0 like "OK", because callers look for a refusal alone.
     if (!pipe || !SetNamedPipeHandleState(pipe.get(), &mode, nullptr, nullptr) ||
         !writeText(pipe.get(), message)) {
         return 0;

@@ -2,8 +2,7 @@
 
 #include <cwchar>
 
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
+#include "bridge/java_calls.h"
 #include "inventory/wmi_property.h"
 #include "inventory/wmi_session.h"
 
@@ -11,7 +10,7 @@ namespace winutil::inventory {
 
 namespace {
 
-// The message is that of the query for the computer's model: callers know it as such.
+// Required: the message of the query for the computer's model, because callers know it as such.
 constexpr WmiQuery memoryQuery{.text = L"SELECT * FROM Win32_PhysicalMemory",
                                .failureText = L"Query for Computer System name failed."};
 
@@ -22,17 +21,10 @@ jlong capacityOf(IWbemClassObject* module) noexcept {
 
 // Returns false when a Java exception is pending.
 bool report(JNIEnv* env, jobject collector, IWbemClassObject* module) noexcept {
-    const jmethodID addMemoryInfo = findCollectorMethod(env, collector, java_method::addMemoryInfo);
-    if (addMemoryInfo == nullptr) {
-        return true;
-    }
-    const LocalRef slot(env, newJavaString(env, WmiProperty(module, L"DeviceLocator").text()));
-    if (!slot) {
-        return false;
-    }
-    const auto megahertz = static_cast<jint>(WmiProperty(module, L"Speed").number());
-    env->CallVoidMethod(collector, addMemoryInfo, slot.get(), megahertz, capacityOf(module));
-    return !exceptionPending(env);
+    const WmiProperty slot(module, L"DeviceLocator");
+    const jint megahertz = WmiProperty(module, L"Speed").number();
+    return callCollector(env, collector, java_method::addMemoryInfo, slot.text(), megahertz,
+                         capacityOf(module));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "inventory/processors.h"
 
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
+#include "bridge/java_calls.h"
 #include "inventory/wmi_property.h"
 #include "inventory/wmi_session.h"
 
@@ -9,7 +8,7 @@ namespace winutil::inventory {
 
 namespace {
 
-// The message is that of the query for the computer's model: callers know it as such.
+// Required: the message of the query for the computer's model, because callers know it as such.
 constexpr WmiQuery processorQuery{.text = L"SELECT * FROM Win32_Processor",
                                   .failureText = L"Query for Computer System name failed."};
 
@@ -32,13 +31,9 @@ const wchar_t* architectureName(LONG code) noexcept {
     }
 }
 
-LocalRef<jstring> architectureText(JNIEnv* env, IWbemClassObject* processor) noexcept {
+const wchar_t* architectureText(IWbemClassObject* processor) noexcept {
     WmiProperty architecture(processor, L"Architecture");
-    return {env, newJavaString(env, architecture.hasValue() ? architectureName(architecture.number()) : L"")};
-}
-
-LocalRef<jstring> textOf(JNIEnv* env, IWbemClassObject* processor, const wchar_t* property) noexcept {
-    return {env, newJavaString(env, WmiProperty(processor, property).text())};
+    return architecture.hasValue() ? architectureName(architecture.number()) : L"";
 }
 
 jint numberOf(IWbemClassObject* processor, const wchar_t* property) noexcept {
@@ -47,36 +42,16 @@ jint numberOf(IWbemClassObject* processor, const wchar_t* property) noexcept {
 
 // Returns false when a Java exception is pending.
 bool report(JNIEnv* env, jobject collector, IWbemClassObject* processor) noexcept {
-    const jmethodID addCpuInfo = findCollectorMethod(env, collector, java_method::addCpuInfo);
-    if (addCpuInfo == nullptr) {
-        return true;
-    }
-    const LocalRef deviceId = textOf(env, processor, L"DeviceID");
-    if (!deviceId) {
-        return false;
-    }
-    const LocalRef manufacturer = textOf(env, processor, L"Manufacturer");
-    if (!manufacturer) {
-        return false;
-    }
-    const LocalRef name = textOf(env, processor, L"Name");
-    if (!name) {
-        return false;
-    }
-    const LocalRef architecture = architectureText(env, processor);
-    if (!architecture) {
-        return false;
-    }
-    const LocalRef description = textOf(env, processor, L"Description");
-    if (!description) {
-        return false;
-    }
-    const auto megahertz = static_cast<jlong>(numberOf(processor, L"CurrentClockSpeed"));
+    const WmiProperty deviceId(processor, L"DeviceID");
+    const WmiProperty manufacturer(processor, L"Manufacturer");
+    const WmiProperty name(processor, L"Name");
+    const WmiProperty description(processor, L"Description");
+    const jlong megahertz = numberOf(processor, L"CurrentClockSpeed");
     const jint cores = numberOf(processor, L"NumberOfCores");
     const jint logicalProcessors = numberOf(processor, L"NumberOfLogicalProcessors");
-    env->CallVoidMethod(collector, addCpuInfo, deviceId.get(), manufacturer.get(), name.get(),
-                        architecture.get(), megahertz, description.get(), cores, logicalProcessors);
-    return !exceptionPending(env);
+    return callCollector(env, collector, java_method::addCpuInfo, deviceId.text(), manufacturer.text(),
+                         name.text(), architectureText(processor), megahertz, description.text(), cores,
+                         logicalProcessors);
 }
 
 }  // namespace

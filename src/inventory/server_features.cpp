@@ -1,7 +1,6 @@
 #include "inventory/server_features.h"
 
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
+#include "bridge/java_calls.h"
 #include "inventory/wmi_property.h"
 #include "inventory/wmi_session.h"
 
@@ -23,20 +22,12 @@ struct FeatureList {
 
 // Returns false when a Java exception is pending.
 bool addFeature(const FeatureList& features, IWbemClassObject* object) noexcept {
-    JNIEnv* env = features.env;
-    const LocalRef name(env, newJavaString(env, WmiProperty(object, L"Name").text()));
-    if (!name) {
-        return false;
-    }
-    const auto id = static_cast<jint>(WmiProperty(object, L"ID").number());
-    const auto parentId = static_cast<jint>(WmiProperty(object, L"ParentID").number());
-    const LocalRef feature(
-        env, env->NewObject(features.featureClass, features.newFeature, id, parentId, name.get()));
-    if (!feature) {
-        return false;
-    }
-    env->CallBooleanMethod(features.list, features.add, feature.get());
-    return !exceptionPending(env);
+    const WmiProperty name(object, L"Name");
+    const jint id = WmiProperty(object, L"ID").number();
+    const jint parentId = WmiProperty(object, L"ParentID").number();
+    const LocalRef feature =
+        newObject(features.env, features.featureClass, features.newFeature, id, parentId, name.text());
+    return feature && addItem(features.env, features.list, features.add, feature);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "inventory/wmi_session.h"
 
-#include <cstdio>
-
 namespace winutil::inventory {
 
 namespace {
@@ -94,8 +92,7 @@ bool WmiSession::run(const WmiQuery& query, ErrorBuffer& errorBuffer) noexcept {
     if (failure.form == FailureForm::withSystemText || query.failureForm == FailureForm::withSystemText) {
         systemText = findSystemText(static_cast<DWORD>(failure.result));
     }
-    _snwprintf_s(errorBuffer.text(), ErrorBuffer::capacity, _TRUNCATE, L"%s%s", failure.text,
-                 systemText ? systemText.get() : L"");
+    errorBuffer.print(L"%s%s", failure.text, systemText ? systemText.get() : L"");
     return false;
 }
 

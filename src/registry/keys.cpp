@@ -54,7 +54,8 @@ RegistryKey openForReading(HKEY root, const char* keyPath) noexcept {
     return RegistryKey(key);
 }
 
-// The class stays with a new key as its class name; that it is the name of an account is deliberate.
+// Required: the name of an account as the class, because the keys that the client makes have always had it as
+// their class name.
 
 bool createKey(HKEY root, const char* keyPath) noexcept {
     char keyClass[] = "LocalSystem";

@@ -5,12 +5,13 @@
 #include <cstring>
 #include <cwchar>
 #include <iterator>
+#include <optional>
 #include <span>
 #include <string_view>
 
+#include "bridge/errors.h"
 #include "bridge/java_arrays.h"
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
+#include "bridge/java_calls.h"
 #include "registry/keys.h"
 #include "registry/multi_string.h"
 
@@ -62,7 +63,8 @@ void convert(wchar_t* destination, const char* source, int limit) noexcept {
     ansiToWide(destination, source, limit);
 }
 
-// The names of REG_SZ values are cut much earlier than those of all other types, deliberately.
+// Required: the names of REG_SZ values are cut much earlier than those of all other types, because the Java
+// side knows those values by such names.
 void convertValueName(const Level& level, DWORD type) noexcept {
     convert(level.texts.valueName, level.texts.narrowValueName,
             type == REG_SZ ? shortTextLimit : longTextLimit);
@@ -71,29 +73,10 @@ void convertValueName(const Level& level, DWORD type) noexcept {
 // Calls a method of the collector with the names of root, key and item, and with the item's value where it
 // has one. Returns false when a Java exception ends the listing.
 template <class... Value>
-bool report(const Level& level, const JavaMethod& method, const wchar_t* item, Value... value) noexcept {
-    JNIEnv* env = level.env;
-    if (env == nullptr) {
-        return true;
-    }
-    const jmethodID found = findCollectorMethod(env, level.collector, method);
-    if (found == nullptr) {
-        return true;
-    }
-    const LocalRef rootName(env, newJavaString(env, level.texts.rootName));
-    if (!rootName) {
-        return false;
-    }
-    const LocalRef keyPath(env, newJavaString(env, level.texts.keyPath));
-    if (!keyPath) {
-        return false;
-    }
-    const LocalRef itemName(env, newJavaString(env, item));
-    if (!itemName) {
-        return false;
-    }
-    env->CallVoidMethod(level.collector, found, rootName.get(), keyPath.get(), itemName.get(), value...);
-    return !exceptionPending(env);
+bool report(const Level& level, const JavaMethod& method, const wchar_t* item,
+            const Value&... value) noexcept {
+    return level.env == nullptr || callCollector(level.env, level.collector, method, level.texts.rootName,
+                                                 level.texts.keyPath, item, value...);
 }
 
 LSTATUS queryValue(const Level& level, void* data, DWORD& size) noexcept {
@@ -101,13 +84,14 @@ LSTATUS queryValue(const Level& level, void* data, DWORD& size) noexcept {
                             static_cast<BYTE*>(data), &size);
 }
 
-ValueData readData(const Level& level, DWORD size) noexcept {
+// Returns the data of a value of about that size; no answer when memory is exhausted.
+std::optional<ValueData> readData(const Level& level, DWORD size) noexcept {
     constexpr std::size_t terminator = 2;
     // Once more at the size that the system asks for; a value that has grown again by then is passed over.
     for (int attempt = 0; attempt < 2 && size <= MAXLONG; ++attempt) {
         ValueData data{.block = allocate<char>(size + terminator)};
         if (!data) {
-            return {};
+            return std::nullopt;
         }
         DWORD count = size;
         const LSTATUS status = queryValue(level, data.block.get(), count);
@@ -117,22 +101,17 @@ ValueData readData(const Level& level, DWORD size) noexcept {
             return data;
         }
         if (status != ERROR_MORE_DATA) {
-            return {};
+            break;
         }
         size = count;
     }
-    return {};
+    return ValueData();
 }
 
-bool reportText(const Level& level, DWORD type, DWORD size) noexcept {
-    const ValueData data = readData(level, size);
-    if (!data) {
-        return true;
-    }
+bool reportText(const Level& level, DWORD type, const ValueData& data) noexcept {
     convertValueName(level, type);
     convert(level.texts.valueText, data.block.get(), longTextLimit);
-    const LocalRef text(level.env, newJavaString(level.env, level.texts.valueText));
-    return text && report(level, java_method::addStringNode, level.texts.valueName, text.get());
+    return report(level, java_method::addStringNode, level.texts.valueName, level.texts.valueText);
 }
 
 bool reportDword(const Level& level) noexcept {
@@ -146,15 +125,11 @@ bool reportDword(const Level& level) noexcept {
     return report(level, java_method::addDwordNode, level.texts.valueName, static_cast<jlong>(value));
 }
 
-bool reportBytes(const Level& level, DWORD type, DWORD size) noexcept {
-    const ValueData data = readData(level, size);
-    if (!data) {
-        return true;
-    }
+bool reportBytes(const Level& level, DWORD type, const ValueData& data) noexcept {
     convertValueName(level, type);
     const LocalRef bytes(level.env,
                          newByteArray(level.env, std::as_bytes(std::span(data.block.get(), data.size))));
-    return bytes && report(level, java_method::addByteNode, level.texts.valueName, bytes.get());
+    return bytes && report(level, java_method::addByteNode, level.texts.valueName, bytes);
 }
 
 // Returns a new array of the strings of a list, or none with a Java exception pending. The list must have a
@@ -185,20 +160,37 @@ LocalRef<jobjectArray> newStringArray(const Level& level, std::string_view list)
     return array;
 }
 
-bool reportTextList(const Level& level, DWORD size) noexcept {
-    const ValueData data = readData(level, size);
-    if (!data) {
-        return true;
-    }
+bool reportTextList(const Level& level, const ValueData& data) noexcept {
     const LocalRef texts = newStringArray(level, {data.block.get(), data.size});
     if (!texts) {
         return false;
     }
     convertValueName(level, REG_MULTI_SZ);
-    return report(level, java_method::addMultiStringNode, level.texts.valueName, texts.get());
+    return report(level, java_method::addMultiStringNode, level.texts.valueName, texts);
 }
 
-// 64-bit numbers are read and dropped, deliberately: the Java side has no method for them.
+// Reports a value of a type that comes in any size.
+bool reportData(const Level& level, DWORD type, DWORD size) noexcept {
+    const std::optional<ValueData> data = readData(level, size);
+    if (!data) {
+        throwOutOfMemoryError(level.env);
+        return false;
+    }
+    if (!*data) {
+        return true;
+    }
+    switch (type) {
+        case REG_SZ:
+        case REG_EXPAND_SZ:
+            return reportText(level, type, *data);
+        case REG_MULTI_SZ:
+            return reportTextList(level, *data);
+        default:
+            return reportBytes(level, type, *data);
+    }
+}
+
+// Required: 64-bit numbers are read and dropped, because the Java side has no method for them.
 void readQword(const Level& level) noexcept {
     ULONGLONG value = 0;
     DWORD size = sizeof(value);
@@ -210,14 +202,12 @@ bool reportValue(const Level& level, DWORD type, DWORD size) noexcept {
     switch (type) {
         case REG_SZ:
         case REG_EXPAND_SZ:
-            return reportText(level, type, size);
-        case REG_DWORD:
-            return reportDword(level);
         case REG_BINARY:
         case REG_FULL_RESOURCE_DESCRIPTOR:
-            return reportBytes(level, type, size);
         case REG_MULTI_SZ:
-            return reportTextList(level, size);
+            return reportData(level, type, size);
+        case REG_DWORD:
+            return reportDword(level);
         case REG_QWORD:
             readQword(level);
             return true;
@@ -274,12 +264,16 @@ void reportRegistryLevel(const Level& level) noexcept {
 }  // namespace
 
 void listRegistry(JNIEnv* env, jobject collector, const char* rootName, const char* keyPath) noexcept {
+    if (rootName == nullptr || keyPath == nullptr) {
+        return;
+    }
     const RegistryKey key = openForReading(rootKeyFromName(rootName), keyPath);
     if (!key) {
         return;
     }
     const HeapMemory<LevelTexts> texts = allocate<LevelTexts>(1);
     if (!texts) {
+        throwOutOfMemoryError(env);
         return;
     }
     convert(texts.get()->keyPath, keyPath, longTextLimit);

@@ -7,12 +7,15 @@
 
 namespace winutil::registry {
 
-// A full value path, ROOT\key path\value name, taken apart. False for a path without a backslash, and for one
-// of 1024 characters or more, which is not cut: it would name another value.
+// A full value path, ROOT\key path\value name, taken apart. False for no path, for one without a backslash,
+// and for one of 1024 characters or more, which is not cut: it would name another value.
 template <class Char>
 class ValuePath {
 public:
     explicit ValuePath(const Char* path) noexcept {
+        if (path == nullptr) {
+            return;
+        }
         constexpr Char backslash = '\\';
         const std::basic_string_view<Char> text(path);
         const std::size_t last = text.rfind(backslash);

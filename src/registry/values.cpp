@@ -1,12 +1,10 @@
 #include "registry/values.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <string_view>
 
-#include "bridge/java_strings.h"
 #include "registry/keys.h"
 #include "registry/value_path.h"
 
@@ -23,11 +21,11 @@ constexpr std::size_t valueNameCapacity = 16384;
 constexpr std::size_t shortTextCapacity = 2048;  // characters
 constexpr DWORD shortTextSize = 1024;            // bytes
 
-// The block that a text of any size is read into, in bytes, and where a value that is larger at each look is
-// given up: at four times what the registry promises to hold in one value.
-constexpr DWORD firstBlockSize = 8192;
-constexpr DWORD blockGrowth = 4096;
-constexpr DWORD largestBlockSize = 0x400000;
+// The room that is declared for a text of any size, in bytes, at the first look and by how much more at each
+// that follows; and how many looks may find a value of another size than the one before until it is given up.
+constexpr DWORD firstRoom = 8192;
+constexpr DWORD roomGrowth = 4096;
+constexpr int changeLimit = 1024;
 
 // The calls of the two families under one name each.
 
@@ -71,10 +69,6 @@ RegistryKey openKeyOf(const ValuePath<char>& parts) noexcept {
     return parts ? openForReading(rootKeyFromName(parts.root()), parts.keyPath()) : RegistryKey();
 }
 
-WideString allocateZeroed(std::size_t length) noexcept {
-    return WideString(static_cast<wchar_t*>(std::calloc(length, sizeof(wchar_t))));
-}
-
 BYTE* bytesOf(const WideString& text) noexcept {
     return reinterpret_cast<BYTE*>(text.get());
 }
@@ -87,8 +81,8 @@ WideString readShortText(const RegistryKey& key, const char* valueName) noexcept
     if (!key) {
         return {};
     }
-    const WideString wideName = allocateZeroed(valueNameCapacity);
-    WideString text = allocateZeroed(shortTextCapacity);
+    const WideString wideName = allocateZeroed<wchar_t>(valueNameCapacity);
+    WideString text = allocateZeroed<wchar_t>(shortTextCapacity);
     if (!wideName || !text) {
         return {};
     }
@@ -102,27 +96,41 @@ WideString readShortText(const RegistryKey& key, const char* valueName) noexcept
     return text;
 }
 
-// Reads a value into a block that grows until the value fits; the text is that of the last read.
+bool isExpected(DWORD type, DWORD expectedType) noexcept {
+    return expectedType == REG_SZ ? isText(type) : type == expectedType;
+}
+
+// Reads a value with more room at each look until it fits; the text is that of the last. A value that holds
+// still is followed to any size.
 WideString readLongText(HKEY key, const wchar_t* valueName, DWORD expectedType) noexcept {
     // Behind the data, an odd last byte made whole and a terminator.
     constexpr std::size_t tail = 2;
-    for (DWORD capacity = firstBlockSize; capacity <= largestBlockSize; capacity += blockGrowth) {
-        WideString text = allocate<wchar_t>(capacity / sizeof(wchar_t) + tail);
+    WideString text;
+    std::size_t blockSize = 0;
+    DWORD lastSize = 0;
+    int changes = 0;
+    for (DWORD room = firstRoom; room <= MAXDWORD - roomGrowth; room += roomGrowth) {
+        if (room > blockSize) {
+            // More than is declared, so that a large value does not cost a block of its size at each look.
+            blockSize = std::max<std::size_t>(room, 2 * blockSize);
+            text = allocate<wchar_t>(blockSize / sizeof(wchar_t) + tail);
+        }
         if (!text) {
             return {};
         }
         DWORD type = REG_NONE;
-        DWORD size = capacity;
+        DWORD size = room;
         const LSTATUS status = RegQueryValueExW(key, valueName, nullptr, &type, bytesOf(text), &size);
-        if (status == ERROR_MORE_DATA) {
-            continue;
+        if (status == ERROR_SUCCESS && isExpected(type, expectedType)) {
+            std::memset(bytesOf(text) + std::min(size, room), 0, tail * sizeof(wchar_t));
+            return text;
         }
-        const bool expected = expectedType == REG_SZ ? isText(type) : type == expectedType;
-        if (status != ERROR_SUCCESS || !expected) {
+        // One that says it would have fitted does not hold still either.
+        changes += size != lastSize || size <= room ? 1 : 0;
+        lastSize = size;
+        if (status != ERROR_MORE_DATA || changes > changeLimit) {
             return {};
         }
-        std::memset(bytesOf(text) + std::min(size, capacity), 0, tail * sizeof(wchar_t));
-        return text;
     }
     return {};
 }
@@ -161,6 +169,9 @@ WideString readText(const char* path) noexcept {
 }
 
 WideString readText(const char* key, const char* valueName) noexcept {
+    if (key == nullptr || valueName == nullptr) {
+        return {};
+    }
     const std::string_view text(key);
     const std::size_t backslash = text.find('\\');
     if (backslash == std::string_view::npos) {
@@ -177,7 +188,8 @@ WideString readText(const wchar_t* path, REGSAM extraAccess, DWORD expectedType)
     }
     HKEY root = rootKeyFromName(parts.root());
     if (root == nullptr) {
-        // Deliberately: here, and only here, an unknown root is no failure.
+        // Required: an unknown root is no failure here, and only here, because callers rely on the local
+        // machine for it.
         root = HKEY_LOCAL_MACHINE;
     }
     HKEY opened = nullptr;

@@ -1,6 +1,6 @@
 // Reading and writing single values. A path of one argument is a full value path, ROOT\key path\value name.
 // Narrow paths go to the ANSI calls, with their root compared exactly; wide ones to the Unicode calls, with
-// the root compared without regard to case.
+// the root compared without regard to case. A null path is that of no value.
 #pragma once
 
 #include <windows.h>
@@ -26,8 +26,9 @@ WideString readText(const char* path) noexcept;
 // The same for a key, ROOT\key path, and the name of a value in it.
 WideString readText(const char* key, const char* valueName) noexcept;
 
-// Returns the data of a value as text, of up to 4 MiB, or none. The value must have the expected type;
-// REG_SZ stands for REG_EXPAND_SZ, too. `extraAccess` is joined to the access for reading.
+// Returns the data of a value of any size as text; none also for one whose size never holds still. The value
+// must have the expected type; REG_SZ stands for REG_EXPAND_SZ, too. `extraAccess` is joined to the access
+// for reading.
 WideString readText(const wchar_t* path, REGSAM extraAccess, DWORD expectedType) noexcept;
 
 // The data of a value of any type; empty when there is none or it has more than 1024 bytes.

@@ -25,36 +25,30 @@ bool hasSmartCommands(HANDLE drive) noexcept {
                            nullptr) != FALSE;
 }
 
-// Returns the block that the drive filled; none when it refuses.
-HeapMemory<std::byte> identify(HANDLE drive) noexcept {
-    HeapMemory<std::byte> block = allocateZeroed<std::byte>(blockSize);
-    if (!block) {
-        return {};
-    }
-    reinterpret_cast<SENDCMDINPARAMS*>(block.get())->irDriveRegs.bCommandReg = ID_CMD;
+// Has the drive fill the block. Returns false when it refuses.
+bool identify(HANDLE drive, std::byte* block) noexcept {
+    reinterpret_cast<SENDCMDINPARAMS*>(block)->irDriveRegs.bCommandReg = ID_CMD;
     static_assert(ID_CMD == 0xEC);
     DWORD returned = 0;
-    if (!DeviceIoControl(drive, SMART_RCV_DRIVE_DATA, block.get(), sizeof(SENDCMDINPARAMS), block.get(),
-                         blockSize, &returned, nullptr)) {
-        return {};
-    }
-    return block;
+    return DeviceIoControl(drive, SMART_RCV_DRIVE_DATA, block, sizeof(SENDCMDINPARAMS), block, blockSize,
+                           &returned, nullptr) != FALSE;
 }
 
 }  // namespace
 
-void ataIdentifySerial(const char* devicePath, AtaSerial& serial) noexcept {
+bool ataIdentifySerial(const char* devicePath, AtaSerial& serial) noexcept {
     serial[0] = '\0';
     const FileHandle drive(CreateFileA(devicePath, GENERIC_READ | GENERIC_WRITE,
                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
                                        nullptr));
     if (!drive || !hasSmartCommands(drive.get())) {
-        return;
+        return true;
     }
-    const HeapMemory<std::byte> block = identify(drive.get());
-    if (block) {
+    const HeapMemory<std::byte> block = allocateZeroed<std::byte>(blockSize);
+    if (block && identify(drive.get(), block.get())) {
         copySerial(IdentifyData(block.get() + identifyOffset, IDENTIFY_BUFFER_SIZE), serial);
     }
+    return static_cast<bool>(block);
 }
 
 }  // namespace winutil::volume

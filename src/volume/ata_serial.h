@@ -23,7 +23,8 @@ inline void copySerial(IdentifyData data, AtaSerial& serial) noexcept {
     serial[ataSerialCapacity - 1] = '\0';
 }
 
-// Asks the drive itself for its serial number; empty when it cannot be had.
-void ataIdentifySerial(const char* devicePath, AtaSerial& serial) noexcept;
+// Asks the drive itself for its serial number; empty when it cannot be had. Returns false when there was no
+// memory for asking.
+bool ataIdentifySerial(const char* devicePath, AtaSerial& serial) noexcept;
 
 }  // namespace winutil::volume

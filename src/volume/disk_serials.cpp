@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
+#include "bridge/java_calls.h"
 #include "bridge/standard_output.h"
+#include "bridge/text.h"
 #include "inventory/wmi_property.h"
 #include "inventory/wmi_session.h"
 #include "volume/ata_serial.h"
@@ -55,20 +55,33 @@ void printDisk(const char* deviceId, const char* serial, bool isSystem) noexcept
     }
 }
 
+bool endWithoutMemory(JNIEnv* env) noexcept {
+    throwOutOfMemoryError(env);
+    return false;
+}
+
 // Returns false when a Java exception is pending.
 bool listDisk(JNIEnv* env, jobject collector, IWbemClassObject* disk, const char* systemDisk) noexcept {
     // What is no text is empty here, and so no drive.
     const HeapMemory<char> device = wideToAnsi(WmiProperty(disk, L"DeviceID").text());
-    if (!device || !isPhysicalDrive(device.get())) {
+    if (!device) {
+        return endWithoutMemory(env);
+    }
+    if (!isPhysicalDrive(device.get())) {
         return true;
     }
     const bool isSystem = _stricmp(device.get(), systemDisk) == 0;
     const HeapMemory<char> known = wideToAnsi(WmiProperty(disk, L"SerialNumber").text());
-    if (known && *known.get() != '\0') {
+    if (!known) {
+        return endWithoutMemory(env);
+    }
+    if (*known.get() != '\0') {
         return reportDisk(env, collector, device.get(), known.get(), isSystem);
     }
     AtaSerial serial;
-    ataIdentifySerial(device.get(), serial);
+    if (!ataIdentifySerial(device.get(), serial)) {
+        return endWithoutMemory(env);
+    }
     return *serial == '\0' || reportDisk(env, collector, device.get(), serial, isSystem);
 }
 
@@ -90,16 +103,8 @@ bool reportDisk(JNIEnv* env, jobject collector, const char* deviceId, const char
         return false;
     }
     const LocalRef javaSerial(env, env->NewStringUTF(serial));
-    if (!javaSerial) {
-        return false;
-    }
-    const jmethodID addDiskInfo = findCollectorMethod(env, collector, java_method::addDiskInfo);
-    if (addDiskInfo == nullptr) {
-        return true;
-    }
-    env->CallVoidMethod(collector, addDiskInfo, javaDevice.get(), javaSerial.get(),
-                        isSystem ? JNI_TRUE : JNI_FALSE);
-    return !exceptionPending(env);
+    return javaSerial &&
+           callCollector(env, collector, java_method::addDiskInfo, javaDevice, javaSerial, isSystem);
 }
 
 bool listDiskSerials(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {

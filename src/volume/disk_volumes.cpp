@@ -4,10 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "bridge/errors.h"
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
-#include "bridge/legacy.h"
+#include "bridge/java_calls.h"
 #include "volume/device_number.h"
 #include "volume/disk_layout.h"
 #include "volume/disk_number.h"
@@ -126,15 +123,6 @@ DWORD findDiskVolumes(const wchar_t* diskPath, List<VolumeRecord>& volumes) noex
     return code == ERROR_SUCCESS ? matchVolumesToPartitions(diskNumber, partitions, volumes) : code;
 }
 
-void throwFailure(JNIEnv* env, DWORD code) noexcept {
-    const SystemText text(code);
-    if (code == ERROR_FILE_NOT_FOUND) {
-        throwFileNotFoundException(env, text.get());
-    } else {
-        throwIOException(env, text.get());
-    }
-}
-
 }  // namespace
 
 DWORD readDiskPartitions(const wchar_t* diskPath, List<PartitionRecord>& partitions) noexcept {
@@ -176,21 +164,21 @@ DWORD matchVolumesToPartitions(int diskNumber, const List<PartitionRecord>& part
     return code == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : code;
 }
 
-void listNtfsPartitions(JNIEnv* env, const wchar_t* diskPath, jobject collector) noexcept {
+DWORD listNtfsPartitions(JNIEnv* env, const wchar_t* diskPath, jobject collector) noexcept {
     List<VolumeRecord> volumes;
     if (const DWORD code = findDiskVolumes(diskPath, volumes); code != ERROR_SUCCESS) {
-        throwFailure(env, code);
-        return;
+        return code;
     }
     const jmethodID add = findCollectorMethod(env, collector, java_method::add);
     if (add == nullptr) {
-        return;
+        return ERROR_SUCCESS;
     }
     for (const VolumeRecord& volume : volumes) {
-        if (!addText(env, collector, add, volume.displayPath.get())) {
-            return;
+        if (!addItem(env, collector, add, volume.displayPath.get())) {
+            break;
         }
     }
+    return ERROR_SUCCESS;
 }
 
 }  // namespace winutil::volume

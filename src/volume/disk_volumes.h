@@ -32,8 +32,9 @@ DWORD readDiskPartitions(const wchar_t* diskPath, List<PartitionRecord>& partiti
 DWORD matchVolumesToPartitions(int diskNumber, const List<PartitionRecord>& partitions,
                                List<VolumeRecord>& volumes) noexcept;
 
-// Hands the volumes on the data partitions of a disk to the collector. When one of the steps fails, it is
-// handed nothing, and an exception with the bare system text is pending.
-void listNtfsPartitions(JNIEnv* env, const wchar_t* diskPath, jobject collector) noexcept;
+// Hands the volumes on the data partitions of a disk to the collector; an exception from Java ends the
+// listing. Returns the Win32 code of the step that failed, 0 for success; behind a failure nothing was handed
+// out.
+DWORD listNtfsPartitions(JNIEnv* env, const wchar_t* diskPath, jobject collector) noexcept;
 
 }  // namespace winutil::volume

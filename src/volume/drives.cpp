@@ -29,7 +29,8 @@ struct Space {
 // All zero when the call fails.
 Space readSpace(const char* path) noexcept {
     Space space = {};
-    if (!SHGetDiskFreeSpaceExA(path, &space.availableToCaller, &space.total, &space.free)) {
+    if (path == nullptr ||
+        !SHGetDiskFreeSpaceExA(path, &space.availableToCaller, &space.total, &space.free)) {
         return {};
     }
     return space;
@@ -53,16 +54,16 @@ bool systemDriveLetter(DriveText& letter) noexcept {
 void readVolumeLabel(const wchar_t* root, VolumeLabel& label) noexcept {
     label[0] = L'\0';
     SHFILEINFOW information = {};
-    // The size of the ANSI structure, deliberately; the call does not go by it. Nor is every failure taken
-    // for one: the plain FALSE gives an empty name.
+    // Required: the size of the ANSI structure, which the call does not go by, and only a negative result as
+    // a failure, because the plain FALSE leaves an empty name, for which callers get the volume's own label.
     constexpr UINT declaredSize = 360;
     static_assert(declaredSize == sizeof(SHFILEINFOA));
     const auto result =
         static_cast<HRESULT>(SHGetFileInfoW(root, 0, &information, declaredSize, SHGFI_DISPLAYNAME));
     if (FAILED(result)) {
-        // Made and dropped: an empty label is all that the caller sees.
-        ErrorBuffer message;
-        formatWin32Error(L"SHGetFileInfoW", GetLastError(), message.text(), ErrorBuffer::capacity);
+        // Required: a message that is dropped, because callers know the failure by an empty label.
+        ErrorBuffer errorBuffer;
+        errorBuffer.format(L"SHGetFileInfoW", GetLastError());
         return;
     }
     const std::size_t length = wcsnlen(information.szDisplayName, std::size(information.szDisplayName));
@@ -75,11 +76,11 @@ void readVolumeLabel(const wchar_t* root, VolumeLabel& label) noexcept {
 }
 
 bool setVolumeLabel(const char* root, const char* label) noexcept {
-    return SetVolumeLabelA(root, label) != FALSE;
+    return root != nullptr && label != nullptr && SetVolumeLabelA(root, label) != FALSE;
 }
 
 int driveType(const char* root) noexcept {
-    return static_cast<int>(GetDriveTypeA(root));
+    return static_cast<int>(root != nullptr ? GetDriveTypeA(root) : DRIVE_UNKNOWN);
 }
 
 std::int64_t totalSpace(const char* path) noexcept {

@@ -1,4 +1,5 @@
-// Drives: letters, labels, kinds and space.
+// Drives: letters, labels, kinds and space. A null path is that of no drive: the system would take it for the
+// current one, and a null label for the wish to have none.
 #pragma once
 
 #include <jni.h>

@@ -1,14 +1,11 @@
 #include "volume/volumes.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 #include <string_view>
 
 #include "bridge/errors.h"
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
-#include "bridge/legacy.h"
+#include "bridge/java_calls.h"
 #include "bridge/paths.h"
 #include "bridge/standard_output.h"
 #include "volume/mount_list.h"
@@ -51,15 +48,13 @@ bool isVolumeName(std::wstring_view name) noexcept {
 
 void printFailure(const wchar_t* function, DWORD code) noexcept {
     ErrorBuffer line;
-    _snwprintf_s(line.text(), ErrorBuffer::capacity, _TRUNCATE, L"%s failed with error code %d\n", function,
-                 static_cast<int>(code));
+    line.print(L"%s failed with error code %d\n", function, static_cast<int>(code));
     printText(line.text());
 }
 
 void printBadName(const wchar_t* name) noexcept {
     ErrorBuffer line;
-    _snwprintf_s(line.text(), ErrorBuffer::capacity, _TRUNCATE,
-                 L"FindFirstVolumeW/FindNextVolumeW returned a bad path: %s\n", name);
+    line.print(L"FindFirstVolumeW/FindNextVolumeW returned a bad path: %s\n", name);
     printText(line.text());
 }
 
@@ -86,13 +81,13 @@ void listPartitions(JNIEnv* env, jobject collector) noexcept {
         return;
     }
     do {
-        // Deliberately the end of the listing, whatever follows.
+        // Required: the end of the listing, whatever follows, because callers get nothing behind such a name.
         if (!isVolumeName(name)) {
             printBadName(name);
             return;
         }
         const WideString path = firstDriveLetterPath(name);
-        if (!addText(env, collector, add, path ? path.get() : name)) {
+        if (!addItem(env, collector, add, path ? path.get() : name)) {
             return;
         }
     } while (FindNextVolumeW(search.get(), name, volumeNameCapacity));

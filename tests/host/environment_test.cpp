@@ -105,14 +105,17 @@ TEST_F(Environment, GivesNullForAVariableThatGrowsBetweenTheLooks) {
     EXPECT_FALSE(get(L"NAME"));
 }
 
-TEST_F(Environment, GivesNullWithoutMemory) {
+// Null would say that the variable is not set.
+TEST_F(Environment, GivesNoAnswerWithoutMemory) {
     const auto known = know(L"NAME", L"value");
-    {
-        const auto allocate = system().answer("calloc", 0, ERROR_NOT_ENOUGH_MEMORY);
+    for (const char* function : {"calloc", "malloc"}) {
+        const auto allocate = system().answer(function, 0, ERROR_NOT_ENOUGH_MEMORY);
         EXPECT_FALSE(get(L"NAME"));
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << function;
     }
-    const auto allocate = system().answer("malloc", 0, ERROR_NOT_ENOUGH_MEMORY);
+    java.failCall("GetStringChars");
     EXPECT_FALSE(get(L"NAME"));
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
 }
 
 TEST_F(Environment, IsChangedForTheSystem) {
@@ -177,12 +180,13 @@ TEST_P(ChangeWithoutMemory, IsRaised) {
     EXPECT_EQ(system().count("SetEnvironmentVariableW"), 0u);
 }
 
-TEST_P(ChangeWithoutMemory, OfJavaIsRaisedToo) {
+TEST_P(ChangeWithoutMemory, OfJavaIsRaisedAlike) {
     java.failCall("GetStringChars", GetParam());
 
     NATIVE(setEnvironmentVariable)(L"NAME", L"value");
 
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(java.takeException(),
+              ioException(errorMessage(L"SetEnvironmentVariableW", ERROR_NOT_ENOUGH_MEMORY)));
     EXPECT_EQ(system().count("SetEnvironmentVariableW"), 0u);
 }
 

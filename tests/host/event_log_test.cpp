@@ -151,6 +151,16 @@ TEST_P(EventWithoutMemory, IsNotWritten) {
 
     write(1);
 
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_P(EventWithoutMemory, OfJavaIsNotWrittenEither) {
+    java.failCall("GetStringChars", GetParam());
+
+    write(1);
+
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_THAT(events, IsEmpty());
 }
 

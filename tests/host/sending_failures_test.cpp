@@ -156,6 +156,7 @@ TEST_P(SendingWithoutMemory, SendsNothing) {
 
     EXPECT_EQ(send(L"x"), 0);
 
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_THAT(pipe.calls, IsEmpty());
 }
 

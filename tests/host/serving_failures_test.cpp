@@ -110,12 +110,13 @@ TEST_F(ServingFailure, ClosesThePipeBeforeItAnswersJava) {
 TEST_F(ServingFailure, GivesNothingWithoutMemoryForTheName) {
     const auto allocate = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
 
-    EXPECT_EQ(serveScripted(), L"");
+    EXPECT_FALSE(NATIVE(connectPipe)(L"\\\\.\\pipe\\x"));
 
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_THAT(pipe.calls, IsEmpty());
 }
 
-TEST_F(ServingFailure, GivesTheJvmsErrorWithoutItsMemory) {
+TEST_F(ServingFailure, GivesNothingWithoutMemoryOfTheJvm) {
     java.failCall("GetStringChars");
 
     EXPECT_FALSE(NATIVE(connectPipe)(L"\\\\.\\pipe\\x"));

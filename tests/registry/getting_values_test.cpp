@@ -217,22 +217,35 @@ TEST_F(GettingRegistryValues, GivesAnEmptyTextWithoutMemory) {
     }
 }
 
-TEST_F(GettingRegistryValues, LeavesTheErrorOfAJvmWithoutMemory) {
-    const auto expectFailure = [&](const char* function, std::size_t k, auto call) {
-        java.failCall(function, k);
+TEST_F(GettingRegistryValues, FailsForArgumentsThatTheJvmHasNoMemoryFor) {
+    put(L"value", REG_DWORD, "1234");
+    put(L"text", REG_SZ, bytesOf(L"text"));
+    java.failCall("GetStringUTFChars");
+    EXPECT_EQ(dword(pathOf(L"value")), -1);
+    java.failCall("GetStringUTFChars");
+    EXPECT_EQ(text(pathOf(L"text")), L"");
+    java.failCall("GetStringUTFChars");
+    EXPECT_THAT(bytes(pathOf(L"value")), IsEmpty());
+    for (const std::size_t k : {1, 2}) {
+        java.failCall("GetStringUTFChars", k);
+        EXPECT_EQ(textOf(keyName(), L"text"), L"") << k;
+    }
+    java.failCall("GetStringChars");
+    EXPECT_EQ(NATIVE(getRegistryValue)(pathOf(L"text"), 0, REG_SZ).text(), L"");
+    EXPECT_FALSE(java.isPending());
+    EXPECT_EQ(system().count("RegOpenKeyExA") + system().count("RegOpenKeyExW"), 0U);
+}
+
+TEST_F(GettingRegistryValues, LeavesTheErrorOfAJvmWithoutMemoryForTheAnswer) {
+    const auto expectFailure = [&](const char* function, auto call) {
+        java.failCall(function);
         EXPECT_FALSE(call()) << function;
         EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     };
-    expectFailure("GetStringUTFChars", 1, [&] { return NATIVE(getRegistryString)(pathOf(L"x")); });
-    expectFailure("GetStringUTFChars", 1, [&] { return NATIVE(getRegistryBinary)(pathOf(L"x")); });
-    expectFailure("GetStringUTFChars", 1, [&] { return NATIVE(getRegistryValueString)(keyName(), L"x"); });
-    expectFailure("GetStringUTFChars", 2, [&] { return NATIVE(getRegistryValueString)(keyName(), L"x"); });
-    expectFailure("GetStringChars", 1, [&] { return NATIVE(getRegistryValue)(pathOf(L"x"), 0, 1); });
-    expectFailure("NewString", 1, [&] { return NATIVE(getRegistryString)(pathOf(L"x")); });
-    expectFailure("NewByteArray", 1, [&] { return NATIVE(getRegistryBinary)(pathOf(L"x")); });
-    java.failCall("GetStringUTFChars", 1);
-    EXPECT_EQ(dword(pathOf(L"x")), -1);
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    expectFailure("NewString", [&] { return NATIVE(getRegistryString)(pathOf(L"x")); });
+    expectFailure("NewString", [&] { return NATIVE(getRegistryValueString)(keyName(), L"x"); });
+    expectFailure("NewString", [&] { return NATIVE(getRegistryValue)(pathOf(L"x"), 0, REG_SZ); });
+    expectFailure("NewByteArray", [&] { return NATIVE(getRegistryBinary)(pathOf(L"x")); });
 }
 
 // A read that fills all the room it is told of, and says that it gave still more.

@@ -1,5 +1,7 @@
 // getRegistryValue, whose block grows with the value.
+#include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,21 +21,24 @@ protected:
     }
     std::wstring getAs(DWORD type) { return get(pathOf(L"value"), 0, static_cast<jint>(type)); }
 
-    // Answers ERROR_MORE_DATA to the first reads, records the room that each was given, and then gives this
-    // text.
-    Replacement growFor(std::size_t reads, const std::wstring& text) {
-        return REPLACE(RegQueryValueExW,
-                       [this, reads, text](HKEY, LPCWSTR, LPDWORD, LPDWORD type, LPBYTE data, LPDWORD room) {
-                           rooms.push_back(*room);
-                           *type = REG_SZ;
-                           if (rooms.size() <= reads) {
-                               std::memset(data, 'x', *room);
-                               return LSTATUS{ERROR_MORE_DATA};
-                           }
-                           std::memcpy(data, text.data(), text.size() * sizeof(wchar_t));
-                           *room = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-                           return LSTATUS{ERROR_SUCCESS};
-                       });
+    // Answers ERROR_MORE_DATA to the first reads, with the size that the value has then, records the room
+    // that each was given, and then gives this text.
+    Replacement growFor(
+        std::size_t reads, const std::wstring& text,
+        std::function<DWORD(DWORD room)> sizeNow = [](DWORD) { return 1U << 30; }) {
+        return REPLACE(RegQueryValueExW, [this, reads, text, sizeNow](HKEY, LPCWSTR, LPDWORD, LPDWORD type,
+                                                                      LPBYTE data, LPDWORD room) {
+            rooms.push_back(*room);
+            *type = REG_SZ;
+            if (rooms.size() <= reads) {
+                std::memset(data, 'x', std::min<DWORD>(*room, 20480));
+                *room = sizeNow(*room);
+                return LSTATUS{ERROR_MORE_DATA};
+            }
+            std::memcpy(data, text.data(), text.size() * sizeof(wchar_t));
+            *room = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+            return LSTATUS{ERROR_SUCCESS};
+        });
     }
     std::vector<DWORD> rooms;
 };
@@ -171,14 +176,51 @@ TEST_F(GrowingRegistryText, FailsForAValueThatTurnsIntoAnotherTypeOrVanishes) {
     }
 }
 
-TEST_F(GrowingRegistryText, GivesUpAValueThatIsAlwaysLarger) {
-    const Replacement reading =
-        REPLACE(RegQueryValueExW, [&](HKEY, LPCWSTR, LPDWORD, LPDWORD, LPBYTE, LPDWORD room) {
-            rooms.push_back(*room);
-            return LSTATUS{ERROR_MORE_DATA};
-        });
+// At 4096 bytes more a look, in blocks that are few enough not to cost their size each time.
+TEST_F(GrowingRegistryText, GivesATextOf16MiBWhole) {
+    constexpr std::size_t size = 16U << 20;
+    const std::wstring text = L"<" + std::wstring(size / sizeof(wchar_t) - 2, L't') + L">";
+    put(L"value", REG_SZ, bytesOf(text));
+    EXPECT_TRUE(get(pathOf(L"value")) == text);
+    EXPECT_EQ(system().count("RegQueryValueExW"), (size - 8192) / 4096 + 1);
+    EXPECT_LE(system().count("malloc"), 13U);
+}
+
+TEST_F(GrowingRegistryText, FollowsAValueThatHoldsStillHoweverManyLooksItTakes) {
+    const Replacement reading = growFor(20000, L"the last");
+    EXPECT_EQ(get(pathOf(L"value")), L"the last");
+    EXPECT_EQ(rooms.size(), 20001U);
+    EXPECT_EQ(rooms.back(), 8192U + 20000 * 4096);
+}
+
+TEST_F(GrowingRegistryText, CountsOnlyTheLooksThatFindAnotherSize) {
+    const auto holdStillUpTo = [this](DWORD size) {
+        rooms.clear();
+        return growFor(3000, L"the last", [size](DWORD room) { return std::max(room + 1, size); });
+    };
+    {
+        const Replacement reading = holdStillUpTo(2500 * 4096);
+        EXPECT_EQ(get(pathOf(L"value")), L"the last");
+    }
+    const Replacement reading = holdStillUpTo(1500 * 4096);
     EXPECT_EQ(get(pathOf(L"value")), L"");
-    EXPECT_EQ(rooms.back(), 0x400000U);
+    EXPECT_LT(rooms.size(), 3000U);
+}
+
+TEST_F(GrowingRegistryText, GivesUpAValueThatIsLargerAtEachLook) {
+    for (const DWORD more : {1U, 5000U}) {
+        rooms.clear();
+        const Replacement reading = growFor(SIZE_MAX, L"", [more](DWORD room) { return room + more; });
+        EXPECT_EQ(get(pathOf(L"value")), L"");
+        EXPECT_EQ(rooms.size(), 1025U);
+        EXPECT_EQ(rooms.back(), 8192U + 1024 * 4096);
+    }
+}
+
+TEST_F(GrowingRegistryText, GivesUpAValueThatSaysItWouldHaveFitted) {
+    const Replacement reading = growFor(SIZE_MAX, L"", [](DWORD) { return 100U; });
+    EXPECT_EQ(get(pathOf(L"value")), L"");
+    EXPECT_EQ(rooms.size(), 1025U);
 }
 
 TEST_F(GrowingRegistryText, FailsWithoutMemoryToGrow) {

@@ -106,13 +106,21 @@ TEST_F(RegistryListingFailures, NullForANameListsNothing) {
 TEST_F(RegistryListingFailures, WithoutMemoryForTheTextsNothingIsListed) {
     const Replacement failing = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
     list();
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_THAT(collector.items(), IsEmpty());
 }
 
-TEST_F(RegistryListingFailures, AValueWithoutMemoryForItsDataIsPassedOver) {
-    const Replacement failing = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
-    list();
-    EXPECT_THAT(collector.items(), ElementsAre(everything[0], everything[2], everything[3], everything[4]));
+TEST_F(RegistryListingFailures, AValueWithoutMemoryForItsDataEndsTheListing) {
+    // How many items stand before the values that are read into a block.
+    const std::size_t before[] = {1, 3, 4};
+    for (std::size_t i = 0; i < std::size(before); ++i) {
+        Collector other(java);
+        const Replacement failing = system().failCall("malloc", 2 + i, ERROR_NOT_ENOUGH_MEMORY);
+        list(other.object());
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << i;
+        EXPECT_THAT(other.items(),
+                    testing::ElementsAreArray(everything.begin(), everything.begin() + before[i]));
+    }
 }
 
 TEST_F(RegistryListingFailures, AKeyWithoutCountsIsEmpty) {

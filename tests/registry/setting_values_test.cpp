@@ -312,7 +312,7 @@ TEST_F(SettingRegistryValues, FailsWhereTheJvmHasNoMemory) {
             for (std::size_t k = 1; k <= calls; ++k) {
                 java.failCall(function, k);
                 EXPECT_FALSE(write(pathOf(L"value"))) << name << ' ' << function;
-                EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+                EXPECT_FALSE(java.isPending()) << name << ' ' << function;
             }
         }
     }

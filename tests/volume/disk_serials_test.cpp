@@ -165,21 +165,43 @@ TEST_F(DiskSerials, AreLeftOutWhenTheDriveRefuses) {
     }
 }
 
-TEST_F(DiskSerials, AreLeftOutWhereThereIsNoMemoryForThem) {
+// No disk is lost without a word: the listing ends with the error.
+TEST_F(DiskSerials, EndWhereThereIsNoMemoryForThem) {
+    const auto expectNone = [&](const Properties& first) {
+        foundOnly(first);
+        found(disk(L"\\\\.\\PHYSICALDRIVE2", L"two"));
+        list();
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+        EXPECT_THAT(disks, IsEmpty());
+        EXPECT_EQ(enumeration.asked, 1U);
+    };
+    for (const std::size_t k : {1, 2}) {
+        const Replacement noText = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+        expectNone(disk(L"\\\\.\\PHYSICALDRIVE1", L"one"));
+        EXPECT_EQ(noText.count(), k);
+    }
     const Replacement noBlock = system().answer("calloc", 0);
-    EXPECT_EQ(serialOfTheDrive(), std::nullopt);
+    expectNone({{L"DeviceID", text(L"\\\\.\\PHYSICALDRIVE1")}});
     EXPECT_EQ(noBlock.count(), 1U);
-    foundOnly(disk(L"\\\\.\\PHYSICALDRIVE1", L"one"));
-    const Replacement noDevice = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
-    list();
-    EXPECT_THAT(disks, IsEmpty());
 }
 
-TEST_F(DiskSerials, AreAskedOfTheDriveWhereThereIsNoMemoryForThatOfWmi) {
-    found(disk(L"\\\\.\\PHYSICALDRIVE1", L"one"));
-    const Replacement noSerial = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
-    list();
-    EXPECT_THAT(disks, ElementsAre(Disk{L"\\\\.\\PHYSICALDRIVE1", L"Serial Number 12345 ", false}));
+// The calls that convert come in pairs, for the size and for the text: of the device and of the serial
+// number.
+TEST_F(DiskSerials, ThatCannotBeConvertedAreTakenForNone) {
+    for (const std::size_t k : {1, 2}) {
+        foundOnly(disk(L"\\\\.\\PHYSICALDRIVE1", L"one"));
+        const Replacement device = system().failCall("WideCharToMultiByte", k, ERROR_NO_UNICODE_TRANSLATION);
+        list();
+        EXPECT_THAT(disks, IsEmpty()) << k;
+    }
+    for (const std::size_t k : {3, 4}) {
+        disks.clear();
+        foundOnly(disk(L"\\\\.\\PHYSICALDRIVE1", L"one"));
+        const Replacement serial = system().failCall("WideCharToMultiByte", k, ERROR_NO_UNICODE_TRANSLATION);
+        list();
+        EXPECT_THAT(disks, ElementsAre(Disk{L"\\\\.\\PHYSICALDRIVE1", L"Serial Number 12345 ", false})) << k;
+    }
+    EXPECT_FALSE(java.isPending());
 }
 
 TEST_F(DiskSerials, FailWithTheTextOfTheStepAndThatOfTheSystem) {

@@ -337,7 +337,7 @@ TEST_F(Drives, AreNotAskedWhenJavaHasNoMemoryForTheArguments) {
     expectNoMemory();
     java.failCall("GetStringChars");
     NATIVE(listNTFSPartitions)(L"\\\\.\\PhysicalDrive0", java.list());
-    expectNoMemory();
+    EXPECT_EQ(java.takeException(), ioException(systemText(ERROR_NOT_ENOUGH_MEMORY)));
     for (const std::size_t k : {1U, 2U}) {
         java.failCall("GetStringUTFChars", k);
         EXPECT_FALSE(NATIVE(setVolumeLabel)(L"X:\\", L"x"));
@@ -358,11 +358,29 @@ TEST_F(Drives, AreNotAskedWhenJavaHasNoMemoryForTheArguments) {
     }
 }
 
-TEST_F(Drives, GiveEmptyTextsWhenTheSystemHasNoMemory) {
+TEST_F(Drives, AreNotAskedWhenTheLibraryHasNoMemoryForTheArguments) {
     const Replacement noMemory = system().answer("malloc", 0);
-    EXPECT_EQ(NATIVE(getVolumeName)(L"C:\\").text(), L"");
-    EXPECT_EQ(NATIVE(getVolumeLabel)(L"C:\\").text(), L"");
+    const auto expectNoMemory = [&] {
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    };
+    EXPECT_EQ(NATIVE(getVolumeName)(L"C:\\"), nullptr);
+    expectNoMemory();
+    EXPECT_EQ(NATIVE(getVolumeLabel)(L"C:\\"), nullptr);
+    expectNoMemory();
     EXPECT_FALSE(NATIVE(isNTFSVolume)(L"C:\\"));
+    expectNoMemory();
+    EXPECT_EQ(system().count("GetVolumePathNameW") + system().count("SHGetFileInfoW"), 0U);
+}
+
+TEST_F(Drives, OfNullAreNone) {
+    EXPECT_FALSE(NATIVE(setVolumeLabel)(nullptr, L"x"));
+    EXPECT_FALSE(NATIVE(setVolumeLabel)(L"X:\\", nullptr));
+    EXPECT_EQ(NATIVE(getDriveType)(nullptr), 0);
+    EXPECT_EQ(NATIVE(getTotalDiskSpace)(nullptr), 0);
+    EXPECT_EQ(NATIVE(getFreeDiskSpace)(nullptr), 0);
+    for (const char* function : {"SetVolumeLabelA", "GetDriveTypeA", "SHGetDiskFreeSpaceExA"}) {
+        EXPECT_EQ(system().count(function), 0U) << function;
+    }
 }
 
 }  // namespace

@@ -101,14 +101,14 @@ protected:
     // The elements of a list as texts.
     static std::vector<std::wstring> textsOf(const JavaObject& list);
 
-    // What the library prints while the test runs.
-    std::vector<std::wstring> printed;
+    // What the library prints while the test runs, in ASCII.
+    std::string printed;
 
 private:
-    Replacement printing_ = REPLACE(fputws, [this](const wchar_t* text, FILE* stream) {
+    Replacement printing_ = REPLACE(fputc, [this](int character, FILE* stream) {
         EXPECT_EQ(_fileno(stream), 1);
-        printed.emplace_back(text);
-        return 0;
+        printed += static_cast<char>(character);
+        return character;
     });
 };
 
