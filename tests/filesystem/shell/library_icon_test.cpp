@@ -1,5 +1,5 @@
 // The icon of a Windows library, through the shipped DLL, drawn by the system.
-#include "com_objects.h"
+#include "shell_fixture.h"
 
 namespace {
 

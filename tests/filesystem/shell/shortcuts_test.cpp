@@ -1,5 +1,5 @@
 // Shortcuts through the shipped DLL: with counted objects, and with the shell's own.
-#include "com_objects.h"
+#include "shell_fixture.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The search path and the system's own folders, through the shipped DLL.
-#include "com_objects.h"
+#include "shell_fixture.h"
 
 namespace {
 
