@@ -8,9 +8,6 @@
 
 namespace winutil::account {
 
-// To go: for who still names them so.
-using winutil::NarrowCredentials;
-
 // What a failed logon is told under; the blank at the end belongs to it.
 inline constexpr wchar_t logonTag[] = L"[WindowsUtil:SystemPrivilege:impersonateUser:LogonUser] ";
 

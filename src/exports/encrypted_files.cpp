@@ -1,41 +1,36 @@
 // Encrypted-file raw streaming.
 #include "filesystem/encrypted_files.h"
-#include "bridge/java_strings.h"
-#include "bridge/legacy.h"
 #include "exports/entry.h"
 
 using namespace winutil;
 
-namespace {
-
-PVOID toContext(jlong context) noexcept {
-    return reinterpret_cast<PVOID>(context);
-}
-
-}  // namespace
-
 JNIEXPORT jlong JNICALL Java_com_qarvo_kel_util_WindowsUtil_openEncryptFile(JNIEnv* env, jobject,
                                                                             jstring path, jlong flags) {
-    const TerminatedChars chars(env, path);
-    if (!chars) {
+    const Arguments arguments(env, inPlace(path));
+    if (!arguments.orThrow(filesystem::openEncryptedTag)) {
         return 0;
     }
-    return reinterpret_cast<jlong>(
-        filesystem::openEncryptedFile(env, chars.get(), static_cast<ULONG>(flags)));
+    ErrorBuffer errorBuffer;
+    const PVOID context =
+        filesystem::openEncryptedFile(arguments.get<0>(), static_cast<ULONG>(flags), errorBuffer);
+    if (!errorBuffer.empty()) {
+        throwIOException(env, errorBuffer.text());
+    }
+    return toJavaHandle(context);
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_readEncryptFile(JNIEnv* env, jobject,
                                                                            jlong context, jobject out) {
-    return static_cast<jint>(filesystem::exportEncryptedFile(env, toContext(context), out));
+    return static_cast<jint>(filesystem::exportEncryptedFile(env, fromJavaHandle<void>(context), out));
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_writeEncryptFile(JNIEnv* env, jobject,
                                                                             jlong context, jobject in) {
-    return static_cast<jint>(filesystem::importEncryptedFile(env, toContext(context), in));
+    return static_cast<jint>(filesystem::importEncryptedFile(env, fromJavaHandle<void>(context), in));
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_closeEncryptFile(JNIEnv*, jobject, jlong context) {
-    CloseEncryptedFileRaw(toContext(context));
+    CloseEncryptedFileRaw(fromJavaHandle<void>(context));
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_interruptEncryptFile(JNIEnv*, jobject) {

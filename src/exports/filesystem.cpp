@@ -1,11 +1,8 @@
 // File records, directory listing and file operations.
 #include <memory>
 
-#include "bridge/errors.h"
 #include "bridge/ex_callback.h"
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
-#include "bridge/legacy.h"
+#include "bridge/java_refs.h"
 #include "bridge/paths.h"
 #include "exports/entry.h"
 #include "filesystem/file_operations.h"
@@ -14,78 +11,102 @@
 
 using namespace winutil;
 
+namespace {
+
+// Raises why a directory could not be made, with its path where there is memory for both.
+void throwNotMade(JNIEnv* env, const ErrorBuffer& errorBuffer, const wchar_t* path) noexcept {
+    const WideString named = path == nullptr ? WideString() : filesystem::nameFailure(errorBuffer, path);
+    const wchar_t* message = named ? named.get() : errorBuffer.text();
+    if (errorBuffer.code() == ERROR_DISK_FULL) {
+        throwDiskFullException(env, message);
+    } else {
+        throwSecurityException(env, message);
+    }
+}
+
+}  // namespace
+
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_listWinFiles(
     JNIEnv* env, jobject caller, jobject collector, jstring directory, jboolean withSecurity,
     jboolean withAttributes, jobject listener, jboolean securityOnFiles) {
     const std::unique_ptr<CExCallback> events(new CExCallback(env, caller, listener));
-    const TerminatedChars chars(env, directory);
-    if (!chars) {
-        return;
+    const Arguments arguments(env, inPlace(directory));
+    if (!events || !arguments) {
+        return throwOutOfMemoryError(env);
     }
     const filesystem::ListingOptions options{.withSecurity = fromJava(withSecurity),
                                              .withAttributes = fromJava(withAttributes),
                                              .securityOnFiles = fromJava(securityOnFiles)};
-    filesystem::listWinFiles(env, collector, chars.get(), options, events.get());
+    filesystem::listWinFiles(env, collector, arguments.get<0>(), options, *events);
 }
 
 JNIEXPORT jobject JNICALL Java_com_qarvo_kel_util_WindowsUtil_WinFile(JNIEnv* env, jobject, jstring path,
                                                                       jboolean withSecurity,
                                                                       jboolean securityOnFiles) {
-    const WideString widePath = toWideString(env, path);
-    ErrorBuffer reason;
-    jobject record = widePath ? filesystem::makeWinFile(env, widePath.get(), fromJava(withSecurity),
-                                                        fromJava(securityOnFiles), reason)
-                              : nullptr;
+    const Arguments arguments(env, wide(path));
+    ErrorBuffer errorBuffer;
+    jobject record = arguments ? filesystem::makeWinFile(env, arguments.get<0>(), fromJava(withSecurity),
+                                                         fromJava(securityOnFiles), errorBuffer)
+                               : nullptr;
     if (record == nullptr && !exceptionPending(env)) {
-        // Without its reason: callers know a missing file by the class alone.
+        // Required: no reason, because callers know a missing file by the class alone.
         throwFileNotFoundException(env, L"");
     }
     return record;
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_getFileAttr(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return static_cast<jint>(widePath ? filesystem::getFileAttr(widePath.get()) : INVALID_FILE_ATTRIBUTES);
+    const Arguments arguments(env, wide(path));
+    const std::optional<DWORD> attributes =
+        arguments.orOutOfMemory() ? arguments.pass(filesystem::getFileAttr) : std::nullopt;
+    return static_cast<jint>(attributes.value_or(INVALID_FILE_ATTRIBUTES));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_mkdir(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && filesystem::makeDirectory(env, widePath.get()));
+    const Arguments arguments(env, wide(path));
+    ErrorBuffer errorBuffer;
+    if (!arguments) {
+        errorBuffer.format(filesystem::createDirTag, ERROR_NOT_ENOUGH_MEMORY);
+    } else if (filesystem::makeDirectory(arguments.get<0>(), errorBuffer)) {
+        return JNI_TRUE;
+    }
+    if (!errorBuffer.empty()) {
+        throwNotMade(env, errorBuffer, arguments.get<0>());
+    }
+    return JNI_FALSE;
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_delete(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && orOutOfMemory(env, filesystem::deleteExistingFile(widePath.get())));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() &&
+                  orOutOfMemory(env, arguments.pass(filesystem::deleteExistingFile)));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_renameTo(JNIEnv* env, jobject, jstring from,
                                                                         jstring to) {
-    const WideString wideFrom = toWideString(env, from);
-    if (!wideFrom) {
-        return JNI_FALSE;
-    }
-    const WideString wideTo = toWideString(env, to);
-    return toJava(wideTo && renamePath(wideFrom.get(), wideTo.get()));
+    const Arguments arguments(env, wide(from), wide(to));
+    return toJava(arguments.orOutOfMemory() && arguments.pass(renamePath));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_exists(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && orOutOfMemory(env, pathExists(widePath.get())));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() && orOutOfMemory(env, arguments.pass(pathExists)));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isDir(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && orOutOfMemory(env, isDirectoryPath(widePath.get())));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() && orOutOfMemory(env, arguments.pass(isDirectoryPath)));
 }
 
 JNIEXPORT jlong JNICALL Java_com_qarvo_kel_util_WindowsUtil_lastModified(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return widePath ? orOutOfMemory(env, lastModifiedTime(widePath.get())) : 0;
+    const Arguments arguments(env, wide(path));
+    return arguments.orOutOfMemory() ? orOutOfMemory(env, arguments.pass(lastModifiedTime)) : 0;
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setLastModified(JNIEnv* env, jobject,
                                                                                jstring path,
                                                                                jlong milliseconds) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && orOutOfMemory(env, setLastModifiedTime(widePath.get(), milliseconds)));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() &&
+                  orOutOfMemory(env, setLastModifiedTime(arguments.get<0>(), milliseconds)));
 }

@@ -1,8 +1,6 @@
 // Junctions and symbolic links.
 #include "filesystem/links.h"
 
-#include "bridge/errors.h"
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
 #include "exports/entry.h"
 
@@ -13,18 +11,26 @@ namespace {
 // Makes a link from `link` to `target`, or raises an IOException that names the method.
 jboolean createLink(JNIEnv* env, const wchar_t* method, jstring link, jstring target,
                     decltype(filesystem::createJunctionPoint)* make) noexcept {
-    const WideString wideLink = toWideString(env, link);
-    const WideString wideTarget = wideLink ? toWideString(env, target) : WideString();
-    if (wideTarget && make(wideLink.get(), wideTarget.get())) {
-        return JNI_TRUE;
+    const Arguments arguments(env, wide(link), wide(target));
+    if (!arguments.orThrow(method)) {
+        return JNI_FALSE;
     }
-    const DWORD code = wideTarget ? GetLastError() : ERROR_NOT_ENOUGH_MEMORY;
-    if (!exceptionPending(env)) {
-        ErrorBuffer message;
-        formatWin32Error(method, code, message.text(), ErrorBuffer::capacity);
-        throwIOException(env, message.text());
+    if (!arguments.pass(make)) {
+        throwWin32Error(env, method, GetLastError());
+        return JNI_FALSE;
     }
-    return JNI_FALSE;
+    return JNI_TRUE;
+}
+
+// Reads the kind of a link and its target; none with an OutOfMemoryError pending.
+std::optional<DWORD> readLink(JNIEnv* env, jstring path, filesystem::LinkTarget& target) noexcept {
+    const Arguments arguments(env, wide(path));
+    const std::optional<DWORD> kind =
+        arguments ? filesystem::linkType(arguments.get<0>(), target) : std::nullopt;
+    if (!kind) {
+        throwOutOfMemoryError(env);
+    }
+    return kind;
 }
 
 }  // namespace
@@ -51,28 +57,24 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_createFileSymboli
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getLinkTarget(JNIEnv* env, jobject,
                                                                             jstring path) {
-    const WideString widePath = toWideString(env, path);
     filesystem::LinkTarget target;
-    if (!widePath || filesystem::linkType(widePath.get(), target) >= filesystem::linkKindNone) {
-        return nullptr;
-    }
-    return newJavaString(env, target);
+    const std::optional<DWORD> kind = readLink(env, path, target);
+    return kind && *kind < filesystem::linkKindNone ? newJavaString(env, target) : nullptr;
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_getLinkType(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
     filesystem::LinkTarget target;
-    return static_cast<jint>(widePath ? filesystem::linkType(widePath.get(), target)
-                                      : filesystem::linkKindNone);
+    return static_cast<jint>(readLink(env, path, target).value_or(filesystem::linkKindNone));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isLink(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && filesystem::isLink(widePath.get()));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() && orOutOfMemory(env, arguments.pass(filesystem::isLink)));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isDirectoryJunction(JNIEnv* env, jobject,
                                                                                    jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && filesystem::isDirectoryJunction(widePath.get()));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() &&
+                  orOutOfMemory(env, arguments.pass(filesystem::isDirectoryJunction)));
 }

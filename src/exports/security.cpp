@@ -2,14 +2,10 @@
 #include <memory>
 
 #include "account/logon.h"
-#include "bridge/errors.h"
 #include "bridge/ex_callback.h"
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
-#include "bridge/legacy.h"
 #include "bridge/privileges.h"
 #include "bridge/system_version.h"
-#include "exports/account_chars.h"
 #include "exports/entry.h"
 #include "filesystem/file_attributes.h"
 #include "filesystem/security_access.h"
@@ -21,29 +17,14 @@ using namespace winutil;
 
 namespace {
 
-// Raises that memory ran out, unless the JVM has said so already: for methods whose silence means success.
-void throwNoMemory(JNIEnv* env) noexcept {
-    if (!exceptionPending(env)) {
-        throwSystemText(env, ERROR_NOT_ENOUGH_MEMORY);
-    }
-}
+// A path, and the domain, name and password of an account.
+using AccessArguments = Arguments<WideText, NarrowText, NarrowText, NarrowText>;
 
-struct JavaAccount {
-    jstring domain;
-    jstring user;
-    jstring password;
-};
-
-using AccessCheckWorker = bool(JNIEnv* env, const wchar_t* path, const account::NarrowCredentials& account);
-
-bool checkAccess(JNIEnv* env, jstring path, const JavaAccount& account, AccessCheckWorker* worker) noexcept {
-    const WideString widePath = toWideString(env, path);
-    if (!widePath) {
-        throwNoMemory(env);
-        return false;
-    }
-    const AccountChars credentials(env, account.domain, account.user, account.password);
-    return credentials && worker(env, widePath.get(), credentials.get());
+jboolean checkAccess(JNIEnv* env, const AccessArguments& arguments,
+                     decltype(filesystem::isAccessRead)* worker) noexcept {
+    const NarrowCredentials account{
+        .domain = arguments.get<1>(), .user = arguments.get<2>(), .password = arguments.get<3>()};
+    return toJava(arguments.orThrow(filesystem::checkAccessTag) && worker(env, arguments.get<0>(), account));
 }
 
 }  // namespace
@@ -51,75 +32,80 @@ bool checkAccess(JNIEnv* env, jstring path, const JavaAccount& account, AccessCh
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getWinSecurityDescriptor(
     JNIEnv* env, jobject caller, jstring path, jint securityInformation, jobject listener) {
     const std::unique_ptr<CExCallback> events(new CExCallback(env, caller, listener));
-    const WideString widePath = toWideString(env, path);
-    if (!widePath) {
-        // Without a path there is no file to report.
-        return emptyUnlessPending(env);
+    const Arguments arguments(env, wide(path));
+    if (!events || !arguments) {
+        throwOutOfMemoryError(env);
+        return nullptr;
     }
     OSVERSIONINFOA version;
     WideString text;
     if (readSystemVersion(version) && version.dwMajorVersion >= 5) {
         text = filesystem::getSecurityDescriptorText(
-            widePath.get(), static_cast<SECURITY_INFORMATION>(securityInformation), true, true);
+                   arguments.get<0>(), static_cast<SECURITY_INFORMATION>(securityInformation), true, true)
+                   .value_or(WideString());
     }
     if (text) {
         return newJavaString(env, text.get());
     }
     const SystemText reason(GetLastError());
     jstring empty = newJavaString(env, L"");
-    if (events && empty != nullptr) {
-        events->fireFileErrorEvent(widePath.get(), reason.get());
+    if (empty != nullptr) {
+        events->fireFileErrorEvent(arguments.get<0>(), reason.get());
     }
     return empty;
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_setFileAttr(JNIEnv* env, jobject, jstring path,
                                                                        jint attributes) {
-    if (const WideString widePath = toWideString(env, path)) {
-        filesystem::setFileAttr(env, widePath.get(), static_cast<DWORD>(attributes));
+    const Arguments arguments(env, wide(path));
+    if (!arguments.orOutOfMemory()) {
+        return;
+    }
+    ErrorBuffer errorBuffer;
+    orOutOfMemory(env,
+                  filesystem::setFileAttr(arguments.get<0>(), static_cast<DWORD>(attributes), errorBuffer));
+    if (!errorBuffer.empty()) {
+        throwIOException(env, errorBuffer.text());
     }
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setFileAttrWithSecurityDescriptor(
     JNIEnv* env, jobject, jstring path, jint securityInformation, jstring descriptorText, jint attributes) {
-    const WideString widePath = toWideString(env, path);
-    WideString text;
-    if (widePath) {
-        text = descriptorText == nullptr ? copyText(L"", 0) : toWideString(env, descriptorText);
-    }
-    if (!text) {
-        throwNoMemory(env);
+    const Arguments arguments(env, wide(path), wideOrEmpty(descriptorText));
+    if (!arguments.orThrow(L"setFileAttrWithSecurityDescriptor")) {
         return JNI_FALSE;
     }
-    return toJava(filesystem::setFileAttrWithSecurityDescriptor(
-        env, widePath.get(), static_cast<SECURITY_INFORMATION>(securityInformation), text.get(),
-        static_cast<DWORD>(attributes)));
+    ErrorBuffer errorBuffer;
+    if (!filesystem::setFileAttrWithSecurityDescriptor(
+            arguments.get<0>(), static_cast<SECURITY_INFORMATION>(securityInformation), arguments.get<1>(),
+            static_cast<DWORD>(attributes), errorBuffer)) {
+        throwIOException(env, errorBuffer.text());
+        return JNI_FALSE;
+    }
+    return JNI_TRUE;
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isAccessRead(JNIEnv* env, jobject,
                                                                             jstring path, jstring domain,
                                                                             jstring user, jstring password) {
-    return toJava(checkAccess(env, path, {domain, user, password}, filesystem::isAccessRead));
+    const AccessArguments arguments(env, wide(path), narrow(domain), narrow(user), narrowSecret(password));
+    return checkAccess(env, arguments, filesystem::isAccessRead);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isAccessWrite(JNIEnv* env, jobject,
                                                                              jstring path, jstring domain,
                                                                              jstring user, jstring password) {
+    const AccessArguments arguments(env, wide(path), narrow(domain), narrow(user), narrowSecret(password));
     // Also on the ways that end before the check, and for an impersonation of the caller's own.
     const account::SelfAtEnd self;
-    return toJava(checkAccess(env, path, {domain, user, password}, filesystem::isAccessWrite));
+    return checkAccess(env, arguments, filesystem::isAccessWrite);
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_setFileACL(JNIEnv* env, jobject, jstring path,
                                                                       jstring trustee, jint permissions,
                                                                       jint mode) {
-    const TerminatedChars pathChars(env, path);
-    if (!pathChars) {
-        return;
-    }
-    const TerminatedChars trusteeChars(env, trustee);
-    if (trusteeChars) {
-        filesystem::setFileAcl(pathChars.get(), trusteeChars.get(), static_cast<DWORD>(permissions),
+    if (const Arguments arguments(env, inPlace(path), inPlace(trustee)); arguments) {
+        filesystem::setFileAcl(arguments.get<0>(), arguments.get<1>(), static_cast<DWORD>(permissions),
                                static_cast<DWORD>(mode));
     }
 }

@@ -1,7 +1,6 @@
 // Shortcuts, libraries and the system's own paths.
 #include "bridge/java_arrays.h"
 #include "bridge/java_strings.h"
-#include "bridge/legacy.h"
 #include "exports/entry.h"
 #include "filesystem/libraries.h"
 #include "filesystem/shortcuts.h"
@@ -11,53 +10,53 @@ using namespace winutil;
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isShortcut(JNIEnv* env, jobject,
                                                                           jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && filesystem::isShortcut(widePath.get()));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() && orOutOfMemory(env, arguments.pass(filesystem::isShortcut)));
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getShortcutTarget(JNIEnv* env, jobject,
                                                                                 jstring path) {
-    const WideString widePath = toWideString(env, path);
-    if (!widePath) {
-        return emptyUnlessPending(env);
+    const Arguments arguments(env, wide(path));
+    if (!arguments.orOutOfMemory()) {
+        return nullptr;
     }
     filesystem::ShortcutTarget target;
-    filesystem::readShortcutTarget(widePath.get(), target);
+    filesystem::readShortcutTarget(arguments.get<0>(), target);
     return newJavaString(env, target);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isLibrary(JNIEnv* env, jobject, jstring path) {
-    const WideString widePath = toWideString(env, path);
-    return toJava(widePath && filesystem::isLibrary(widePath.get()));
+    const Arguments arguments(env, wide(path));
+    return toJava(arguments.orOutOfMemory() && arguments.pass(filesystem::isLibrary));
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getLibraryFolders(JNIEnv* env, jobject,
                                                                              jstring path,
                                                                              jobject collection) {
-    const WideString widePath = toWideString(env, path);
-    if (widePath) {
-        filesystem::listLibraryFolders(env, widePath.get(), collection);
+    const Arguments arguments(env, wide(path));
+    if (arguments.orOutOfMemory()) {
+        filesystem::listLibraryFolders(env, arguments.get<0>(), collection);
     }
 }
 
 JNIEXPORT jbyteArray JNICALL Java_com_qarvo_kel_util_WindowsUtil_getLibraryIcon(JNIEnv* env, jobject,
                                                                                 jstring path) {
-    const WideString widePath = toWideString(env, path);
-    if (!widePath) {
+    const Arguments arguments(env, wide(path));
+    if (!arguments.orOutOfMemory()) {
         return nullptr;
     }
-    const filesystem::ImageFile image = filesystem::libraryIcon(widePath.get());
+    const filesystem::ImageFile image = arguments.pass(filesystem::libraryIcon);
     return image.bytes ? newByteArray(env, {image.bytes.get(), image.size}) : nullptr;
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_searchPathFromLibrary(JNIEnv* env, jobject,
                                                                                     jstring name) {
-    const WideString wideName = toWideString(env, name);
-    if (!wideName) {
-        return emptyUnlessPending(env);
+    const Arguments arguments(env, wide(name));
+    if (!arguments.orOutOfMemory()) {
+        return nullptr;
     }
     filesystem::FoundPath path;
-    filesystem::searchSystemPath(wideName.get(), path);
+    filesystem::searchSystemPath(arguments.get<0>(), path);
     return newJavaString(env, path);
 }
 

@@ -6,9 +6,7 @@
 #include <cstring>
 #include <utility>
 
-#include "bridge/errors.h"
 #include "bridge/java_classes.h"
-#include "bridge/java_refs.h"
 
 namespace winutil::filesystem {
 
@@ -21,21 +19,15 @@ std::atomic<std::uint32_t> interrupted{0};
 struct StreamBridge {
     JNIEnv* env;
     jobject stream;
-    jmethodID method;  // write or read
-    DWORD wrongLength = 0;
+    jmethodID method;               // write or read
+    DWORD failure = ERROR_SUCCESS;  // what ended an import
 };
-
-void throwCode(JNIEnv* env, const wchar_t* function, DWORD code) noexcept {
-    ErrorBuffer message;
-    formatWin32Error(function, code, message.text(), ErrorBuffer::capacity);
-    throwIOException(env, message.text());
-}
 
 // Raises what belongs to the code of a streaming call, except over an exception that is there already.
 void throwStreamError(JNIEnv* env, const wchar_t* function, DWORD code) noexcept {
-    // An interrupted export ends quietly: whoever interrupted it knows.
+    // Required: an interrupted export raises nothing, because whoever interrupted it knows.
     if (!exceptionPending(env) && code != ERROR_SUCCESS && code != exportInterrupted) {
-        throwCode(env, function, code);
+        throwWin32Error(env, function, code);
     }
 }
 
@@ -57,42 +49,53 @@ DWORD WINAPI exportBlock(PBYTE data, PVOID context, ULONG length) noexcept {
     return ERROR_SUCCESS;
 }
 
-// Gives the system its next block. A length of 0 ends the import, at the end of the stream as on a failure.
-DWORD WINAPI importBlock(PBYTE data, PVOID context, PULONG length) noexcept {
-    auto& bridge = *static_cast<StreamBridge*>(context);
-    const auto offered = static_cast<jint>(std::min<ULONG>(std::exchange(*length, 0), INT32_MAX));
-    if (bridge.wrongLength != 0 || exceptionPending(bridge.env)) {
-        return ERROR_SUCCESS;
-    }
-    const LocalRef block(bridge.env, bridge.env->NewByteArray(offered));
+// Fills a block from the stream and sets its length, which is 0 at the end of the stream. Returns the code
+// that ends the import when there is nothing to fill it with.
+DWORD fillBlock(const StreamBridge& bridge, PBYTE data, jint offered, ULONG& length) noexcept {
+    JNIEnv* env = bridge.env;
+    const LocalRef block(env, env->NewByteArray(offered));
     if (!block) {
-        return ERROR_SUCCESS;
+        return ERROR_NOT_ENOUGH_MEMORY;
     }
-    const jint count = bridge.env->CallIntMethod(bridge.stream, bridge.method, block.get(), jint{0}, offered);
-    if (exceptionPending(bridge.env) || count == -1) {
+    const jint count = env->CallIntMethod(bridge.stream, bridge.method, block.get(), jint{0}, offered);
+    if (exceptionPending(env)) {
+        return ERROR_READ_FAULT;
+    }
+    if (count == -1) {
         return ERROR_SUCCESS;
     }
     if (count < 0 || count > offered) {
-        bridge.wrongLength = 1;
-        return ERROR_SUCCESS;
+        return ERROR_INVALID_DATA;
     }
-    // Not released afterwards, deliberately kept so, at the price of the copy that the JVM may have made.
-    const jbyte* elements = bridge.env->GetByteArrayElements(block.get(), nullptr);
-    if (elements != nullptr) {
-        std::memcpy(data, elements, static_cast<std::size_t>(count));
-        *length = static_cast<ULONG>(count);
+    // Required: the elements stay unreleased, because the method is known to keep every block of a stream.
+    const jbyte* elements = env->GetByteArrayElements(block.get(), nullptr);
+    if (elements == nullptr) {
+        return ERROR_NOT_ENOUGH_MEMORY;
     }
+    std::memcpy(data, elements, static_cast<std::size_t>(count));
+    length = static_cast<ULONG>(count);
     return ERROR_SUCCESS;
+}
+
+// Gives the system its next block. A failure is answered with its code, then and whenever more is asked for:
+// at a success without a byte the system would take the file for complete.
+DWORD WINAPI importBlock(PBYTE data, PVOID context, PULONG length) noexcept {
+    auto& bridge = *static_cast<StreamBridge*>(context);
+    const auto offered = static_cast<jint>(std::min<ULONG>(std::exchange(*length, 0), INT32_MAX));
+    if (bridge.failure == ERROR_SUCCESS) {
+        bridge.failure = fillBlock(bridge, data, offered, *length);
+    }
+    return bridge.failure;
 }
 
 }  // namespace
 
-PVOID openEncryptedFile(JNIEnv* env, const wchar_t* path, ULONG flags) noexcept {
+PVOID openEncryptedFile(const wchar_t* path, ULONG flags, ErrorBuffer& errorBuffer) noexcept {
     interrupted.store(0, std::memory_order_relaxed);
     PVOID context = nullptr;
     const DWORD code = OpenEncryptedFileRawW(path, flags, &context);
     if (code != ERROR_SUCCESS) {
-        throwCode(env, L"OpenEncryptedFileRawW", code);
+        errorBuffer.format(openEncryptedTag, code);
     }
     return context;
 }
@@ -121,11 +124,13 @@ DWORD importEncryptedFile(JNIEnv* env, PVOID context, jobject stream) noexcept {
     }
     StreamBridge bridge{.env = env, .stream = stream, .method = read};
     const DWORD code = WriteEncryptedFileRaw(importBlock, &bridge, context);
-    if (bridge.wrongLength != 0) {
+    if (bridge.failure == ERROR_INVALID_DATA) {
         throwIOException(env, L"[WindowsUtil.writeEncryptFile] read() returned a length out of range");
-        return code;
+    } else {
+        // The failure counts also where the system made nothing of it.
+        throwStreamError(env, L"WriteEncryptedFileRaw",
+                         bridge.failure == ERROR_SUCCESS ? code : bridge.failure);
     }
-    throwStreamError(env, L"WriteEncryptedFileRaw", code);
     return code;
 }
 

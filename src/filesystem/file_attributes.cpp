@@ -2,9 +2,6 @@
 
 #include <winioctl.h>
 
-#include <cstdio>
-
-#include "bridge/errors.h"
 #include "bridge/paths.h"
 #include "fileio/open.h"
 
@@ -29,23 +26,23 @@ bool compressFile(const wchar_t* path) noexcept {
 
 }  // namespace
 
-bool setFileAttr(JNIEnv* env, const wchar_t* path, DWORD attributes) noexcept {
+std::optional<bool> setFileAttr(const wchar_t* path, DWORD attributes, ErrorBuffer& errorBuffer) noexcept {
     WideString longForm;
     const wchar_t* target = readablePath(path, longForm);
-    if (attributes == INVALID_FILE_ATTRIBUTES || target == nullptr) {
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
         return false;
     }
-    ErrorBuffer message;
+    if (target == nullptr) {
+        return std::nullopt;
+    }
     if ((attributes & FILE_ATTRIBUTE_COMPRESSED) != 0 && !compressFile(target)) {
-        _snwprintf_s(message.text(), ErrorBuffer::capacity, _TRUNCATE, L"Fail to compress file: %s", path);
-        throwIOException(env, message.text());
+        errorBuffer.print(L"Fail to compress file: %s", path);
         return false;
     }
     const bool set = SetFileAttributesW(target, attributes) != FALSE;
     // Asked for whether or not the attributes could be set.
     if ((attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0 && !EncryptFileW(target)) {
-        formatWin32Error(L"EncryptFileW", GetLastError(), message.text(), ErrorBuffer::capacity);
-        throwIOException(env, message.text());
+        errorBuffer.format(L"EncryptFileW", GetLastError());
     }
     return set;
 }

@@ -2,7 +2,6 @@
 
 #include <cwchar>
 
-#include "bridge/errors.h"
 #include "bridge/paths.h"
 
 namespace winutil::filesystem {
@@ -12,22 +11,9 @@ namespace {
 // A share may take this long to show a directory that was just made.
 constexpr DWORD shareDelay = 2000;  // milliseconds
 
-// Returns "[createDir] (code) system text, 'path'", as long as the path makes it.
-WideString describeFailure(const wchar_t* path, DWORD code) noexcept {
-    const std::size_t capacity = ErrorBuffer::capacity + std::wcslen(path) + 4;
-    WideString message = allocate<wchar_t>(capacity);
-    if (message) {
-        formatWin32Error(L"createDir", code, message.get(), ErrorBuffer::capacity);
-        wcscat_s(message.get(), capacity, L", '");
-        wcscat_s(message.get(), capacity, path);
-        wcscat_s(message.get(), capacity, L"'");
-    }
-    return message;
-}
-
 }  // namespace
 
-bool makeDirectory(JNIEnv* env, const wchar_t* path) noexcept {
+bool makeDirectory(const wchar_t* path, ErrorBuffer& errorBuffer) noexcept {
     if (winutil::makeDirectory(path)) {
         return true;
     }
@@ -41,14 +27,21 @@ bool makeDirectory(JNIEnv* env, const wchar_t* path) noexcept {
             return false;
         }
     }
-    const WideString message = describeFailure(path, code);
-    const wchar_t* text = message ? message.get() : noSystemText;
-    if (code == ERROR_DISK_FULL) {
-        throwDiskFullException(env, text);
-    } else {
-        throwSecurityException(env, text);
-    }
+    errorBuffer.format(createDirTag, code);
     return false;
+}
+
+WideString nameFailure(const ErrorBuffer& errorBuffer, const wchar_t* path) noexcept {
+    const std::size_t length = std::wcslen(errorBuffer.text());
+    const std::size_t room = std::wcslen(path) + 4;  // ", '" and "'"
+    WideString named = copyText(errorBuffer.text(), length, room);
+    if (named) {
+        const std::size_t capacity = length + room + 1;
+        wcscat_s(named.get(), capacity, L", '");
+        wcscat_s(named.get(), capacity, path);
+        wcscat_s(named.get(), capacity, L"'");
+    }
+    return named;
 }
 
 std::optional<bool> deleteExistingFile(const wchar_t* path) noexcept {

@@ -1,11 +1,10 @@
 #include "filesystem/file_records.h"
 
-#include <cstdint>
 #include <cstdio>
 #include <cwchar>
+#include <iterator>
 
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
+#include "bridge/java_calls.h"
 #include "bridge/java_times.h"
 #include "bridge/optional_functions.h"
 #include "bridge/paths.h"
@@ -37,17 +36,29 @@ void noteUnreadablePermission(const wchar_t* path, DWORD code) noexcept {
                  reason.get());
 }
 
-void readSecurity(const wchar_t* path, const wchar_t* readablePath, bool securityOnFiles,
+// Reads the descriptor of `path`, which `readPath` was readable as. Returns false when memory is exhausted.
+bool readSecurity(const wchar_t* path, const wchar_t* readPath, bool securityOnFiles,
                   RecordFields& fields) noexcept {
     const bool enabled = fields.directory ? isNtfsVolume(path) : securityOnFiles;
-    fields.securityDescriptor = getSecurityDescriptorText(readablePath, recordSecurity, false, enabled);
-    if (!fields.securityDescriptor) {
+    std::optional<WideString> descriptor =
+        getSecurityDescriptorText(readPath, recordSecurity, false, enabled);
+    if (!descriptor) {
+        return false;
+    }
+    if (!*descriptor) {
         noteUnreadablePermission(path, GetLastError());
     }
+    fields.securityDescriptor = std::move(*descriptor);
+    return true;
 }
 
-void readLink(const wchar_t* path, RecordFields& fields) noexcept {
-    fields.linkKind = readReparseKind(path, fields.linkTarget, fields.attributes);
+// Returns false when memory is exhausted.
+bool readLink(const wchar_t* path, RecordFields& fields) noexcept {
+    const std::optional<DWORD> kind = readReparseKind(path, fields.linkTarget, fields.attributes);
+    if (!kind) {
+        return false;
+    }
+    fields.linkKind = *kind;
     if ((fields.linkKind & 0xFF) == linkKindNone) {
         fields.linkKind = fields.directory ? linkKindDirectory : linkKindFile;
     } else if (fields.directory &&
@@ -56,6 +67,7 @@ void readLink(const wchar_t* path, RecordFields& fields) noexcept {
         fields.linkKind = linkKindDirectory;
         fields.linkTarget[0] = L'\0';
     }
+    return true;
 }
 
 jobject buildWinFileRecord(JNIEnv* env, const wchar_t* path, const RecordFields& fields) noexcept {
@@ -74,46 +86,37 @@ jobject buildWinFileRecord(JNIEnv* env, const wchar_t* path, const RecordFields&
         env->ExceptionClear();
         return nullptr;
     }
-    const LocalRef javaPath(env, newJavaString(env, path));
-    if (!javaPath) {
-        return nullptr;
-    }
-    const wchar_t* descriptor = fields.securityDescriptor ? fields.securityDescriptor.get() : L"";
-    const LocalRef javaDescriptor(env, newJavaString(env, descriptor));
-    if (!javaDescriptor) {
-        return nullptr;
-    }
-    const LocalRef javaTarget(env, newJavaString(env, fields.linkTarget));
-    if (!javaTarget) {
-        return nullptr;
-    }
-    const auto directory = static_cast<jboolean>(fields.directory ? JNI_TRUE : JNI_FALSE);
     const auto size = static_cast<jlong>(fields.size);
     const auto lastModified = static_cast<jlong>(fields.lastModified);
     const auto attributes = static_cast<jint>(fields.attributes);
+    const wchar_t* descriptor = fields.securityDescriptor ? fields.securityDescriptor.get() : L"";
     if (older) {
         const bool reparsePoint = (fields.attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-        return env->NewObject(type.get(), constructor, javaPath.get(), directory, size, lastModified,
-                              attributes, javaDescriptor.get(),
-                              static_cast<jboolean>(reparsePoint ? JNI_TRUE : JNI_FALSE));
+        return newObject(env, type.get(), constructor, path, fields.directory, size, lastModified, attributes,
+                         descriptor, reparsePoint)
+            .release();
     }
-    return env->NewObject(type.get(), constructor, javaPath.get(), directory, size, lastModified, attributes,
-                          javaDescriptor.get(), static_cast<jbyte>(fields.linkKind), javaTarget.get());
+    return newObject(env, type.get(), constructor, path, fields.directory, size, lastModified, attributes,
+                     descriptor, static_cast<jbyte>(fields.linkKind), fields.linkTarget)
+        .release();
 }
 
 }  // namespace
 
-std::int64_t fileSize(DWORD high, DWORD low) noexcept {
+std::int64_t joinSize(DWORD high, DWORD low) noexcept {
     return static_cast<std::int64_t>(std::uint64_t{high} << 32 | low);
 }
 
-DWORD getFileAttr(const wchar_t* path) noexcept {
+std::optional<DWORD> getFileAttr(const wchar_t* path) noexcept {
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (readAttributeData(path, &data)) {
         return data.dwFileAttributes;
     }
     const WideString longForm = toLongPath(path);
-    return longForm ? GetFileAttributesW(longForm.get()) : INVALID_FILE_ATTRIBUTES;
+    if (!longForm) {
+        return std::nullopt;
+    }
+    return GetFileAttributesW(longForm.get());
 }
 
 jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool securityOnFiles,
@@ -123,26 +126,25 @@ jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool se
     }
     WIN32_FILE_ATTRIBUTE_DATA data;
     WideString longForm;
-    const wchar_t* readablePath = path;
+    const wchar_t* readPath = path;
     bool readable = readAttributeData(path, &data);
     if (!readable && !hasLongPrefix(path)) {
         longForm = toLongPath(path);
-        readablePath = longForm.get();
-        readable = readAttributeData(readablePath, &data);
+        readPath = longForm.get();
+        readable = longForm && readAttributeData(readPath, &data);
     }
     if (!readable) {
-        formatWin32Error(L"GetFileAttributesExW", GetLastError(), errorBuffer.text(), ErrorBuffer::capacity);
+        errorBuffer.format(L"GetFileAttributesExW", GetLastError());
         return nullptr;
     }
     RecordFields fields = {};
     fields.directory = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    fields.size = fileSize(data.nFileSizeHigh, data.nFileSizeLow);
+    fields.size = joinSize(data.nFileSizeHigh, data.nFileSizeLow);
     fields.lastModified = toJavaTime(data.ftLastWriteTime);
     fields.attributes = data.dwFileAttributes;
-    if (withSecurity) {
-        readSecurity(path, readablePath, securityOnFiles, fields);
+    if ((withSecurity && !readSecurity(path, readPath, securityOnFiles, fields)) || !readLink(path, fields)) {
+        return nullptr;
     }
-    readLink(path, fields);
     return buildWinFileRecord(env, path, fields);
 }
 

@@ -9,35 +9,14 @@ namespace {
 
 constexpr int iconSize = 16;  // pixels
 
-struct ScreenContextKind {
-    using Value = HDC;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { ReleaseDC(nullptr, value); }
-};
-using ScreenContext = Owned<ScreenContextKind>;
+void releaseScreen(HDC screen) noexcept {
+    ReleaseDC(nullptr, screen);
+}
 
-struct MemoryContextKind {
-    using Value = HDC;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { DeleteDC(value); }
-};
-using MemoryContext = Owned<MemoryContextKind>;
-
-template <class Handle>
-struct DrawingObjectKind {
-    using Value = Handle;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { DeleteObject(value); }
-};
-using Bitmap = Owned<DrawingObjectKind<HBITMAP>>;
-using Brush = Owned<DrawingObjectKind<HBRUSH>>;
-
-struct GlobalMemoryKind {
-    using Value = HGLOBAL;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { GlobalFree(value); }
-};
-using GlobalMemory = Owned<GlobalMemoryKind>;
+using ScreenContext = Resource<HDC, releaseScreen>;
+using MemoryContext = Resource<HDC, DeleteDC>;
+using Bitmap = Resource<HBITMAP, DeleteObject>;
+using Brush = Resource<HBRUSH, DeleteObject>;
 
 // Keeps an object selected into a context for a scope.
 class Selection {
@@ -140,12 +119,11 @@ ImageFile encodeBitmap(HDC screen, HBITMAP bitmap) noexcept {
         return {};
     }
     const ImageLayout layout = layOutImage(shape);
-    const HeapMemory<std::byte> header = allocate<std::byte>(headerRoom(layout));
+    const HeapMemory<std::byte> header = allocateZeroed<std::byte>(headerRoom(layout));
     const GlobalMemory block(GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, pixelRoom(layout)));
     if (!header || !block) {
         return {};
     }
-    std::memset(header.get(), 0, headerRoom(layout));
     std::memcpy(header.get(), &layout.header, sizeof(layout.header));
     const LockedMemory pixels(block.get());
     if (!pixels || GetDIBits(screen, bitmap, 0, static_cast<UINT>(layout.header.biHeight), pixels.get(),
@@ -165,6 +143,7 @@ ImageLayout layOutImage(const BITMAP& bitmap) noexcept {
     ImageLayout layout = {};
     layout.imageSize = (width + 7) / 8 * height * depth;
     layout.headerLength = sizeof(BITMAPINFOHEADER);
+    // Required: a table for every other depth, in 32 bits, because callers know the images by these lengths.
     if (depth != 24) {
         layout.headerLength += static_cast<std::uint32_t>(sizeof(RGBQUAD)) * colours;
     }

@@ -10,12 +10,7 @@
 
 namespace winutil::filesystem {
 
-struct IconKind {
-    using Value = HICON;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { DestroyIcon(value); }
-};
-using Icon = Owned<IconKind>;
+using Icon = Resource<HICON, DestroyIcon>;
 
 // The bytes of a BMP file, or none.
 struct ImageFile {
@@ -31,7 +26,7 @@ struct ImageLayout {
 };
 
 // Computes the layout of a bitmap. The lengths are 32-bit numbers, in which the table of 2^32 colours is
-// empty; that of 2^16 colours is there in full, though no reader of the file looks at it: both are kept.
+// empty; that of 2^16 colours is there in full, though no reader of the file looks at it.
 ImageLayout layOutImage(const BITMAP& bitmap) noexcept;
 
 // Fills the header in front of everything.

@@ -5,8 +5,7 @@
 #include <shobjidl.h>
 
 #include "bridge/com.h"
-#include "bridge/java_classes.h"
-#include "bridge/legacy.h"
+#include "bridge/java_calls.h"
 #include "bridge/optional_functions.h"
 
 namespace winutil::filesystem {
@@ -32,13 +31,11 @@ ComPtr<IShellLibrary> loadLibrary(const wchar_t* path) noexcept {
     return library;
 }
 
-// Adds the path of an item, unless it has none. Returns false when a Java exception is pending.
-bool addItem(JNIEnv* env, jobject collection, jmethodID add, IShellItem* item) noexcept {
+// Adds the path of a folder, unless it has none. Returns false when a Java exception is pending.
+bool addFolder(JNIEnv* env, jobject collection, jmethodID add, IShellItem& folder) noexcept {
     ComMemory<wchar_t> path;
-    if (FAILED(item->GetDisplayName(SIGDN_FILESYSPATH, path.receive())) || !path) {
-        return true;
-    }
-    return addText(env, collection, add, path.get());
+    return FAILED(folder.GetDisplayName(SIGDN_FILESYSPATH, path.receive())) || !path ||
+           addItem(env, collection, add, path.get());
 }
 
 Icon extractSmallIcon(const wchar_t* file, int index) noexcept {
@@ -84,7 +81,7 @@ void listLibraryFolders(JNIEnv* env, const wchar_t* path, jobject collection) no
         ComPtr<IShellItem> item;
         ULONG fetched = 0;
         if (items->Next(1, item.receive(), &fetched) != S_OK || !item ||
-            !addItem(env, collection, add, item.get())) {
+            !addFolder(env, collection, add, *item.get())) {
             return;
         }
     }

@@ -39,6 +39,7 @@ bool createJunctionPoint(const wchar_t* link, const wchar_t* target) noexcept {
     if (!CreateDirectoryW(link, nullptr)) {
         return false;
     }
+    // Required: the directory stays when a step behind this fails, because the Java side relies on it.
     LinkTarget name;
     writeJunctionName(target, name);
     const fileio::HandleCell cell =
@@ -55,26 +56,41 @@ bool createFileSymbolicLink(const wchar_t* link, const wchar_t* target) noexcept
     return createSymbolicLink(link, target, 0);
 }
 
-DWORD linkType(const wchar_t* path, LinkTarget& target) noexcept {
-    // Unreadable attributes have every bit set, so that the path is still opened.
-    return readReparseKind(path, target, getFileAttr(path));
+std::optional<DWORD> linkType(const wchar_t* path, LinkTarget& target) noexcept {
+    const std::optional<DWORD> attributes = getFileAttr(path);
+    if (!attributes) {
+        return std::nullopt;
+    }
+    // Required: unreadable attributes are passed on, because with every bit set the path is still opened.
+    return readReparseKind(path, target, *attributes);
 }
 
-bool isLink(const wchar_t* path) noexcept {
+std::optional<bool> isLink(const wchar_t* path) noexcept {
     LinkTarget target;
-    const DWORD kind = linkType(path, target) & 0xFF;
+    const std::optional<DWORD> type = linkType(path, target);
+    if (!type) {
+        return std::nullopt;
+    }
+    const DWORD kind = *type & 0xFF;
     return kind == linkKindJunction || kind == linkKindFileSymlink || kind == linkKindDirectorySymlink;
 }
 
-bool isDirectoryJunction(const wchar_t* path) noexcept {
+std::optional<bool> isDirectoryJunction(const wchar_t* path) noexcept {
     constexpr DWORD directoryLink = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
     static_assert(directoryLink == 0x410);
-    const DWORD attributes = getFileAttr(path);
-    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & directoryLink) != directoryLink) {
+    const std::optional<DWORD> attributes = getFileAttr(path);
+    if (!attributes) {
+        return std::nullopt;
+    }
+    if (*attributes == INVALID_FILE_ATTRIBUTES || (*attributes & directoryLink) != directoryLink) {
         return false;
     }
     LinkTarget target;
-    return readReparseKind(path, target, attributes) == linkKindJunction;
+    const std::optional<DWORD> kind = readReparseKind(path, target, *attributes);
+    if (!kind) {
+        return std::nullopt;
+    }
+    return *kind == linkKindJunction;
 }
 
 }  // namespace winutil::filesystem

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <optional>
+
 #include "filesystem/reparse_points.h"
 
 namespace winutil::filesystem {
@@ -15,14 +17,16 @@ bool createJunctionPoint(const wchar_t* link, const wchar_t* target) noexcept;
 bool createDirectorySymbolicLink(const wchar_t* link, const wchar_t* target) noexcept;
 bool createFileSymbolicLink(const wchar_t* link, const wchar_t* target) noexcept;
 
+// The three questions have no answer where memory is exhausted.
+
 // Returns the raw kind of a path, as readReparseKind does, and its target.
-DWORD linkType(const wchar_t* path, LinkTarget& target) noexcept;
+std::optional<DWORD> linkType(const wchar_t* path, LinkTarget& target) noexcept;
 
 // Returns whether a path is a junction or a symbolic link.
-bool isLink(const wchar_t* path) noexcept;
+std::optional<bool> isLink(const wchar_t* path) noexcept;
 
 // Returns whether a path is a junction; one to a volume name counts, though a file record shows that as a
 // plain directory.
-bool isDirectoryJunction(const wchar_t* path) noexcept;
+std::optional<bool> isDirectoryJunction(const wchar_t* path) noexcept;
 
 }  // namespace winutil::filesystem

@@ -5,8 +5,7 @@
 #include <string_view>
 
 #include "bridge/errors.h"
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
+#include "bridge/java_calls.h"
 #include "bridge/java_times.h"
 #include "bridge/optional_functions.h"
 #include "bridge/paths.h"
@@ -28,13 +27,13 @@ struct Walk {
     jobject collector;
     std::wstring_view directory;
     const ListingOptions& options;
-    CExCallback* events;
+    CExCallback& events;
     // One buffer for the paths of all entries: the directory and a backslash, and behind them the entry's
     // name.
     WideString path;
     std::size_t nameStart = 0;
-    // The error of a listener without the method: set aside while the entries are delivered, raised at the
-    // end.
+    // The error of a listener without the method: set aside while the entries are delivered, raised when all
+    // of them were.
     LocalRef<jthrowable> listenerError;
 };
 
@@ -75,12 +74,9 @@ bool isDotName(const wchar_t* name) noexcept {
     return name[0] == L'.' && (name[1] == L'\0' || (name[1] == L'.' && name[2] == L'\0'));
 }
 
-// Reports an entry through the listener. Returns false when the listener threw.
+// Reports an entry through the listener. Returns false when a Java exception ends the listing.
 bool reportEntry(Walk& walk, const wchar_t* path, DWORD code) noexcept {
-    if (walk.events == nullptr) {
-        return true;
-    }
-    const bool called = walk.events->fireFileErrorEvent(path, SystemText(code).get());
+    const bool called = walk.events.fireFileErrorEvent(path, SystemText(code).get());
     LocalRef<jthrowable> error(walk.env, walk.env->ExceptionOccurred());
     if (!error) {
         return true;
@@ -95,15 +91,16 @@ bool reportEntry(Walk& walk, const wchar_t* path, DWORD code) noexcept {
     return true;
 }
 
-// Reads an entry's security descriptor; the empty text where it is not asked for or cannot be read. Returns
-// false when the listener threw.
+// Reads an entry's security descriptor; none where it is not asked for or cannot be read. Returns false when
+// a Java exception ends the listing.
 bool readEntrySecurity(Walk& walk, const wchar_t* path, WideString& text) noexcept {
     if (!walk.options.withSecurity) {
         return true;
     }
-    const bool enabled =
-        isDirectoryPath(path).value_or(false) ? isNtfsVolume(path) : walk.options.securityOnFiles;
-    text = getSecurityDescriptorText(path, recordSecurity, false, enabled);
+    if (const std::optional<bool> directory = isDirectoryPath(path)) {
+        const bool enabled = *directory ? isNtfsVolume(path) : walk.options.securityOnFiles;
+        text = getSecurityDescriptorText(path, recordSecurity, false, enabled).value_or(WideString());
+    }
     return text || reportEntry(walk, path, GetLastError());
 }
 
@@ -123,20 +120,14 @@ bool deliverEntry(Walk& walk, const WIN32_FIND_DATAW& found) noexcept {
     if (!javaSecurity) {
         return false;
     }
-    const jmethodID addFile = findCollectorMethod(env, walk.collector, java_method::addFile);
-    if (addFile == nullptr) {
-        return true;
-    }
     const bool directory = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    // Without attributes nothing is a reparse point either: the flag is read from the word that is passed on.
+    // Required: without attributes nothing is a reparse point either, because the flag is one of them.
     const DWORD attributes = walk.options.withAttributes ? found.dwFileAttributes : 0;
     const bool reparsePoint = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    env->CallVoidMethod(walk.collector, addFile, javaPath.get(),
-                        static_cast<jboolean>(directory ? JNI_TRUE : JNI_FALSE),
-                        static_cast<jlong>(fileSize(found.nFileSizeHigh, found.nFileSizeLow)),
-                        static_cast<jlong>(toJavaTime(found.ftLastWriteTime)), static_cast<jint>(attributes),
-                        javaSecurity.get(), static_cast<jboolean>(reparsePoint ? JNI_TRUE : JNI_FALSE));
-    return !exceptionPending(env);
+    return callCollector(env, walk.collector, java_method::addFile, javaPath, directory,
+                         static_cast<jlong>(joinSize(found.nFileSizeHigh, found.nFileSizeLow)),
+                         static_cast<jlong>(toJavaTime(found.ftLastWriteTime)), static_cast<jint>(attributes),
+                         javaSecurity, reparsePoint);
 }
 
 // Delivers what the buffer holds and what the search finds behind it.
@@ -150,17 +141,17 @@ void deliverAll(Walk& walk, const SearchHandle& search, WIN32_FIND_DATAW& found)
         }
     } while (FindNextFileW(search.get(), &found));
     const DWORD code = GetLastError();
-    if (walk.listenerError) {
-        walk.env->Throw(walk.listenerError.get());
-    } else if (code != ERROR_NO_MORE_FILES) {
+    if (code != ERROR_NO_MORE_FILES) {
         throwSystemText(walk.env, code);
+    } else if (walk.listenerError) {
+        walk.env->Throw(walk.listenerError.get());
     }
 }
 
 }  // namespace
 
 void listWinFiles(JNIEnv* env, jobject collector, const wchar_t* directory, const ListingOptions& options,
-                  CExCallback* events) noexcept {
+                  CExCallback& events) noexcept {
     Walk walk{env, collector, directory, options, events, {}, 0, {}};
     WIN32_FIND_DATAW found = {};
     SearchHandle search;
@@ -169,8 +160,9 @@ void listWinFiles(JNIEnv* env, jobject collector, const wchar_t* directory, cons
         return throwSystemText(env, ERROR_NOT_ENOUGH_MEMORY);
     }
     appendName(pattern.get(), walk.directory.size() + patternRoom + 1, everything.data());
-    // The probe asks for a name with wildcards and so fails for every real directory; it stays, and with it
-    // the walk without a search that would follow its success.
+    // Required: a probe for a name with wildcards, and the walk without a search that would follow its
+    // success, because the Java side relies on how it fails for every real directory, those in long form
+    // included.
     if (!readAttributeData(pattern.get(), &found)) {
         if (hasLongPrefix(directory)) {
             return throwSystemText(env, GetLastError());

@@ -13,10 +13,10 @@ struct ListingOptions {
 };
 
 // Calls addFile on the collector for each entry of a directory but "." and "..", and reports an entry whose
-// security descriptor cannot be read through `events` (may be null). Raises an IOException when the directory
+// security descriptor cannot be read through `events`. Raises an IOException when the directory
 // cannot be listed; what was delivered before stays delivered. An exception from Java ends the listing at
 // once.
 void listWinFiles(JNIEnv* env, jobject collector, const wchar_t* directory, const ListingOptions& options,
-                  CExCallback* events) noexcept;
+                  CExCallback& events) noexcept;
 
 }  // namespace winutil::filesystem

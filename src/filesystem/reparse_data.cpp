@@ -100,7 +100,7 @@ DWORD parseReparseData(std::span<const std::byte> data, DWORD attributes, LinkTa
 
 void writeJunctionName(std::wstring_view target, LinkTarget& name) noexcept {
     name[0] = L'\0';
-    // The network form is looked for first, so that "\\?\C:\x" counts as a network path too.
+    // Required: "\\?\C:\x" counts as a network path too, because the network form is looked for first.
     if (target.starts_with(L"\\\\")) {
         writeTarget(L"\\??\\UNC", {target.data() + 1, target.size() - 1}, name);
     } else if (target.starts_with(L"\\?")) {

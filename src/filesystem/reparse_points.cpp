@@ -9,7 +9,7 @@
 
 namespace winutil::filesystem {
 
-DWORD readReparseKind(const wchar_t* path, LinkTarget& target, DWORD attributes) noexcept {
+std::optional<DWORD> readReparseKind(const wchar_t* path, LinkTarget& target, DWORD attributes) noexcept {
     target[0] = L'\0';
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
         return linkKindNone;
@@ -17,7 +17,10 @@ DWORD readReparseKind(const wchar_t* path, LinkTarget& target, DWORD attributes)
     const fileio::HandleCell cell =
         fileio::createFileWithRetry(path, SYNCHRONIZE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_EXISTING,
                                     FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
-    if (!cell || *cell.get() == INVALID_HANDLE_VALUE) {
+    if (!cell) {
+        return std::nullopt;
+    }
+    if (*cell.get() == INVALID_HANDLE_VALUE) {
         return linkKindNone;
     }
     ReparseBuffer buffer = {};

@@ -1,5 +1,6 @@
 #include "filesystem/security_access.h"
 
+#include "account/logon.h"
 #include "bridge/errors.h"
 #include "bridge/owners.h"
 #include "bridge/paths.h"
@@ -18,14 +19,12 @@ constexpr DWORD writeRight = 2;
 // Returns whether the token may do to the path what `access` says; a no has its reason in the last error.
 bool checkAccess(const wchar_t* path, HANDLE token, DWORD access) noexcept {
     WideString longForm;
-    const wchar_t* target = path;
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!readAttributeData(path, &data) && !hasLongPrefix(path)) {
-        longForm = toLongPath(path);
-        target = longForm.get();
+    const wchar_t* target = readablePath(path, longForm);
+    if (target == nullptr) {
+        return false;
     }
-    const HeapMemory<std::byte> descriptor = readDescriptor(target, recordSecurity, firstDescriptorSize);
-    if (!descriptor) {
+    const auto descriptor = readDescriptor(target, recordSecurity, firstDescriptorSize);
+    if (!descriptor || !*descriptor) {
         return false;
     }
     GENERIC_MAPPING mapping = {.GenericRead = readRight,
@@ -37,7 +36,7 @@ bool checkAccess(const wchar_t* path, HANDLE token, DWORD access) noexcept {
     DWORD privilegesSize = sizeof(privileges);
     DWORD granted = 0;
     BOOL allowed = FALSE;
-    return AccessCheck(descriptor.get(), token, access, &mapping, &privileges, &privilegesSize, &granted,
+    return AccessCheck(descriptor->get(), token, access, &mapping, &privileges, &privilegesSize, &granted,
                        &allowed) &&
            allowed;
 }
@@ -46,45 +45,44 @@ bool checkOrThrow(JNIEnv* env, const wchar_t* path, HANDLE token, DWORD access) 
     if (checkAccess(path, token, access)) {
         return true;
     }
-    ErrorBuffer message;
-    formatWin32Error(L"CheckAccessToFile", GetLastError(), message.text(), ErrorBuffer::capacity);
-    throwIOException(env, message.text());
+    throwWin32Error(env, checkAccessTag, GetLastError());
     return false;
 }
 
-bool hasUser(const account::NarrowCredentials& account) noexcept {
+bool hasUser(const NarrowCredentials& account) noexcept {
     return account.user != nullptr && *account.user != '\0';
 }
 
 }  // namespace
 
-bool isAccessRead(JNIEnv* env, const wchar_t* path, const account::NarrowCredentials& account) noexcept {
-    ErrorBuffer message;
-    if (!hasUser(account) || !account::logonAndImpersonate(account, message)) {
-        throwIOException(env, message.text());
+bool isAccessRead(JNIEnv* env, const wchar_t* path, const NarrowCredentials& account) noexcept {
+    ErrorBuffer errorBuffer;
+    if (!hasUser(account) || !account::logonAndImpersonate(account, errorBuffer)) {
+        throwIOException(env, errorBuffer.text());
         return false;
     }
     const account::SelfAtEnd self;
     KernelHandle token;
-    // Unlike the check for writing, this one makes do with the process when the thread has no token.
+    // Required: unlike the check for writing, this one makes do with the process when the thread has no
+    // token, because the Java side relies on it.
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.receive()) &&
         !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.receive())) {
-        // The doubled negation is no slip to mend: the message is known by its wording.
+        // Required: the doubled negation, because the message is known by its wording.
         throwIOException(env, L"Cannot not get current process");
         return false;
     }
     return checkOrThrow(env, path, token.get(), readRight);
 }
 
-bool isAccessWrite(JNIEnv* env, const wchar_t* path, const account::NarrowCredentials& account) noexcept {
-    ErrorBuffer message;
+bool isAccessWrite(JNIEnv* env, const wchar_t* path, const NarrowCredentials& account) noexcept {
+    ErrorBuffer errorBuffer;
     if (hasUser(account)) {
-        // Not asked how it went: without the logon, the thread's token decides.
-        account::logonAndImpersonate(account, message);
+        // Required: not asked how it went, because without the logon the thread's own token decides.
+        account::logonAndImpersonate(account, errorBuffer);
     }
     KernelHandle token;
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.receive())) {
-        throwIOException(env, message.text());
+        throwIOException(env, errorBuffer.text());
         return false;
     }
     return checkOrThrow(env, path, token.get(), writeRight);

@@ -9,6 +9,7 @@
 namespace winutil::filesystem {
 
 void setFileAcl(wchar_t* path, wchar_t* trustee, DWORD permissions, DWORD mode) noexcept {
+    // Required: silence about every failure, because callers cannot tell it from success and do not ask.
     PACL oldDacl = nullptr;
     LocalMemory<void> descriptor;
     if (GetNamedSecurityInfoW(path, SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &oldDacl,

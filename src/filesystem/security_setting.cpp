@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <iterator>
 
-#include "bridge/errors.h"
-#include "bridge/java_classes.h"
 #include "bridge/optional_functions.h"
 #include "bridge/owners.h"
 #include "bridge/paths.h"
@@ -49,20 +47,20 @@ DWORD setThroughHandle(const wchar_t* path, SECURITY_INFORMATION securityInforma
     return setSecurityInfo(file.get(), SE_FILE_OBJECT, securityInformation, owner, group, dacl, nullptr);
 }
 
-// Raises what could not be set. At least one of both failed.
-void throwSettingFailed(JNIEnv* env, const wchar_t* path, DWORD code, bool attributesSet) noexcept {
+// Says what could not be set. At least one of both failed.
+void describeFailure(const wchar_t* path, DWORD code, bool attributesSet, ErrorBuffer& errorBuffer) noexcept {
     wchar_t reason[reasonCapacity];
     formatWin32Error(L"", L"setSecurityDescriptor(): ", code, reason, std::size(reason));
-    wchar_t message[messageCapacity];
+    static_assert(messageCapacity <= ErrorBuffer::capacity);
+    wchar_t* message = errorBuffer.text();
     if (code == ERROR_SUCCESS) {
-        _snwprintf_s(message, std::size(message), _TRUNCATE, L"Fail to set file attributes: %s", path);
+        _snwprintf_s(message, messageCapacity, _TRUNCATE, L"Fail to set file attributes: %s", path);
     } else {
         const wchar_t* format =
             attributesSet ? L"Fail to set security descriptor: %s ErrCode: 0x%x %s"
                           : L"Fail to set both file attributes and security descriptor: %s ErrCode: 0x%x %s";
-        _snwprintf_s(message, std::size(message), _TRUNCATE, format, path, code, reason);
+        _snwprintf_s(message, messageCapacity, _TRUNCATE, format, path, code, reason);
     }
-    throwIOException(env, message);
 }
 
 }  // namespace
@@ -82,29 +80,31 @@ DWORD setSecurityDescriptor(const wchar_t* path, SECURITY_INFORMATION securityIn
     if (!convert(text, SDDL_REVISION_1, descriptor.receive(), nullptr)) {
         return GetLastError();
     }
-    // The last error right behind a success is the result, kept so; an older one must not pass for it.
+    // Required: the last error right behind a success is the result, because the Java side relies on it; an
+    // older one must not pass for it.
     SetLastError(ERROR_SUCCESS);
     const bool set = SetFileSecurityW(target, securityInformation, descriptor.get()) != FALSE;
     const DWORD code = GetLastError();
     return set ? code : setThroughHandle(target, securityInformation, descriptor.get(), code);
 }
 
-bool setFileAttrWithSecurityDescriptor(JNIEnv* env, const wchar_t* path,
-                                       SECURITY_INFORMATION securityInformation,
-                                       const wchar_t* descriptorText, DWORD attributes) noexcept {
+bool setFileAttrWithSecurityDescriptor(const wchar_t* path, SECURITY_INFORMATION securityInformation,
+                                       const wchar_t* descriptorText, DWORD attributes,
+                                       ErrorBuffer& errorBuffer) noexcept {
     DWORD code = ERROR_SUCCESS;
     if (*descriptorText != L'\0') {
         code = setSecurityDescriptor(path, securityInformation, descriptorText);
     }
-    const bool attributesSet = attributes == INVALID_FILE_ATTRIBUTES || setFileAttr(env, path, attributes);
-    // A failed compression or encryption has raised its own exception, and that one stays.
-    if (exceptionPending(env)) {
+    const bool attributesSet =
+        attributes == INVALID_FILE_ATTRIBUTES || setFileAttr(path, attributes, errorBuffer).value_or(false);
+    // A failed compression or encryption has its own message, and that one stays.
+    if (!errorBuffer.empty()) {
         return false;
     }
     if (code == ERROR_SUCCESS && attributesSet) {
         return true;
     }
-    throwSettingFailed(env, path, code, attributesSet);
+    describeFailure(path, code, attributesSet, errorBuffer);
     return false;
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <jni.h>
 #include <windows.h>
+
+#include "bridge/errors.h"
 
 namespace winutil::filesystem {
 
@@ -11,10 +12,10 @@ DWORD setSecurityDescriptor(const wchar_t* path, SECURITY_INFORMATION securityIn
                             const wchar_t* text) noexcept;
 
 // Sets the security descriptor of a path unless the text is empty, then its attributes unless they are
-// INVALID_FILE_ATTRIBUTES; the attributes are tried even when the descriptor failed. False with an
-// IOException pending when either failed.
-bool setFileAttrWithSecurityDescriptor(JNIEnv* env, const wchar_t* path,
-                                       SECURITY_INFORMATION securityInformation,
-                                       const wchar_t* descriptorText, DWORD attributes) noexcept;
+// INVALID_FILE_ATTRIBUTES; the attributes are tried even when the descriptor failed. False with the reason in
+// `errorBuffer` when either failed.
+bool setFileAttrWithSecurityDescriptor(const wchar_t* path, SECURITY_INFORMATION securityInformation,
+                                       const wchar_t* descriptorText, DWORD attributes,
+                                       ErrorBuffer& errorBuffer) noexcept;
 
 }  // namespace winutil::filesystem

@@ -28,8 +28,12 @@ void copyTarget(const wchar_t* stored, ShortcutTarget& target) noexcept {
 
 }  // namespace
 
-bool isShortcut(const wchar_t* path) noexcept {
-    if (isLink(path)) {
+std::optional<bool> isShortcut(const wchar_t* path) noexcept {
+    const std::optional<bool> link = isLink(path);
+    if (!link) {
+        return std::nullopt;
+    }
+    if (*link) {
         return false;
     }
     SHFILEINFOW information = {};
@@ -41,7 +45,7 @@ bool isShortcut(const wchar_t* path) noexcept {
 
 void readShortcutTarget(const wchar_t* path, ShortcutTarget& target) noexcept {
     target[0] = L'\0';
-    // In this order, so that both references are released, the link's first, when COM has ended already.
+    // Required: in front of COM, because both references, the link's first, are released when it has ended.
     ComPtr<IPersistFile> file;
     ComPtr<IShellLinkW> link;
     const ComLibrary com;

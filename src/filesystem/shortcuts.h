@@ -4,11 +4,13 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <optional>
 
 namespace winutil::filesystem {
 
-// Returns whether the shell takes a path for a shortcut; never for a junction or a symbolic link.
-bool isShortcut(const wchar_t* path) noexcept;
+// Returns whether the shell takes a path for a shortcut; never for a junction or a symbolic link. None when
+// memory is exhausted.
+std::optional<bool> isShortcut(const wchar_t* path) noexcept;
 
 // Characters of a shortcut's target, the terminator included.
 inline constexpr std::size_t shortcutTargetCapacity = 4096;

@@ -4,8 +4,7 @@
 
 #include <shlobj.h>
 
-#include "bridge/java_classes.h"
-#include "bridge/legacy.h"
+#include "bridge/java_calls.h"
 #include "bridge/optional_functions.h"
 #include "bridge/system_version.h"
 
@@ -43,7 +42,7 @@ void listExcludeFolders(JNIEnv* env, jobject collection) noexcept {
     for (const int folder : {CSIDL_PROGRAM_FILESX86, CSIDL_PROGRAM_FILES, CSIDL_WINDOWS}) {
         wchar_t path[MAX_PATH];
         if (SHGetFolderPathW(nullptr, folder, nullptr, SHGFP_TYPE_CURRENT, path) == S_OK &&
-            !addText(env, collection, add, path)) {
+            !addItem(env, collection, add, path)) {
             return;
         }
     }

@@ -129,7 +129,31 @@ TEST_F(MakeDirectoryTest, ThrowsWithoutMemoryForTheMessage) {
 
     EXPECT_FALSE(NATIVE(mkdir)(L"C:\\x"));
 
-    EXPECT_EQ(java.takeException(), (Thrown{diskFullException, L"Failed to obtain error message"}));
+    // As much as there is.
+    EXPECT_EQ(java.takeException(), (Thrown{diskFullException, errorMessage(L"createDir", ERROR_DISK_FULL)}));
+}
+
+TEST_F(MakeDirectoryTest, ThrowsWithoutMemoryForThePath) {
+    const Thrown noMemory{securityException, errorMessage(L"createDir", ERROR_NOT_ENOUGH_MEMORY)};
+    {
+        const auto fail = system().failCall("malloc", 1, ERROR_INVALID_DATA);
+        EXPECT_FALSE(NATIVE(mkdir)(L"C:\\x"));
+        EXPECT_EQ(java.takeException(), noMemory);
+    }
+    java.failCall("GetStringChars");
+    EXPECT_FALSE(NATIVE(mkdir)(L"C:\\x"));
+    EXPECT_EQ(java.takeException(), noMemory);
+    EXPECT_EQ(system().count("CreateDirectoryW"), 0u);
+}
+
+TEST_F(MakeDirectoryTest, ThrowsWithoutMemoryForTheLongForm) {
+    const auto fail = failWith(ERROR_FILENAME_EXCED_RANGE);
+    const auto noMemory = system().failCall("malloc", 2, ERROR_INVALID_DATA);
+
+    EXPECT_FALSE(NATIVE(mkdir)(L"C:\\x"));
+
+    EXPECT_EQ(java.takeException(), (Thrown{securityException, notMade(L"C:\\x", ERROR_NOT_ENOUGH_MEMORY)}));
+    EXPECT_EQ(fail.count(), 1u);
 }
 
 // A share may show a folder late.
@@ -238,6 +262,38 @@ TEST_F(FileOperationTest, DeletesFilesAlsoReadOnlyOnes) {
 
     EXPECT_FALSE(fileExists(path));
     EXPECT_FALSE(NATIVE(delete)(path));
+}
+
+TEST_F(FileOperationTest, AnswersNothingWithoutMemory) {
+    ledger().allowUnknown("CloseHandle");
+    const std::wstring missing = folder() / L"missing";
+    // The path and its long form, or both paths.
+    for (const std::size_t k : {1, 2}) {
+        SCOPED_TRACE(k);
+        const auto expectNone = [&](auto call) {
+            const auto noMemory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+            EXPECT_EQ(call(), 0);
+            EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+        };
+        expectNone([&] { return NATIVE(delete)(missing); });
+        expectNone([&] { return NATIVE(exists)(missing); });
+        expectNone([&] { return NATIVE(isDir)(missing); });
+        expectNone([&] { return NATIVE(lastModified)(missing); });
+        expectNone([&] { return NATIVE(setLastModified)(missing, 0); });
+        expectNone([&] { return NATIVE(renameTo)(missing, missing); });
+    }
+}
+
+TEST_F(FileOperationTest, MovesNothingWithoutMemoryForTheLongForms) {
+    const auto move = system().watch("MoveFileW");
+    // Behind both paths.
+    for (const std::size_t k : {3, 4}) {
+        const auto noMemory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+
+        EXPECT_FALSE(NATIVE(renameTo)(folder() / L"missing", folder() / L"moved"));
+    }
+
+    EXPECT_EQ(move.count(), 2u);
 }
 
 TEST_F(FileOperationTest, DeletesNoFolder) {

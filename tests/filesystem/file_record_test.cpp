@@ -101,7 +101,7 @@ TEST_F(RecordTest, LeavesWhatItsConstructorThrows) {
 
 TEST_F(RecordTest, LeavesTheErrorOfAJvmWithoutMemory) {
     const std::pair<const char*, std::size_t> steps[] = {
-        {"GetStringChars", 1}, {"NewString", 1}, {"NewString", 2}, {"NewString", 3}, {"NewObject", 1}};
+        {"NewString", 1}, {"NewString", 2}, {"NewString", 3}, {"NewObject", 1}};
     for (const auto& [function, k] : steps) {
         java.failCall(function, k);
 
@@ -112,11 +112,31 @@ TEST_F(RecordTest, LeavesTheErrorOfAJvmWithoutMemory) {
 }
 
 TEST_F(RecordTest, IsMissedLikeAFileWithoutMemoryForItsPath) {
-    const auto fail = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+    {
+        const auto fail = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+
+        EXPECT_FALSE(record(folder().path()));
+
+        EXPECT_EQ(java.takeException(), fileNotFound(L""));
+    }
+    java.failCall("GetStringChars");
 
     EXPECT_FALSE(record(folder().path()));
 
     EXPECT_EQ(java.takeException(), fileNotFound(L""));
+}
+
+TEST_F(RecordTest, IsMissedWithoutMemoryForTheDescriptor) {
+    const auto query = answerAttributes(FILE_ATTRIBUTE_ARCHIVE);
+    // The descriptor and its text, behind the path; the empty text of a file that none is read of.
+    for (const auto& [onFiles, k] : {std::pair(true, 2u), std::pair(true, 3u), std::pair(false, 2u)}) {
+        const auto noMemory = system().failCall("malloc", k, ERROR_INVALID_DATA);
+
+        EXPECT_FALSE(record(folder().path(), true, onFiles)) << k;
+
+        EXPECT_EQ(java.takeException(), fileNotFound(L"")) << k;
+    }
+    EXPECT_EQ(system().count("GetNamedSecurityInfoW"), 0u);
 }
 
 TEST_F(RecordTest, IsMissedWithoutAMessageWhereThereIsNoFile) {
@@ -185,7 +205,7 @@ TEST_F(RecordTest, IsMissedWithoutMemoryForTheLongForm) {
     EXPECT_FALSE(record(L"C:\\x"));
 
     EXPECT_EQ(java.takeException(), fileNotFound(L""));
-    EXPECT_EQ(fail.calls().at(1).argument<LPCWSTR>(0), nullptr);
+    EXPECT_EQ(fail.count(), 1u) << "by the path as given";
 }
 
 TEST_F(RecordTest, HasTheDescriptorOnlyWhenItIsAskedFor) {
@@ -273,7 +293,19 @@ TEST_F(AttributeWordTest, IsAskedForByTheLongFormInAnotherWay) {
     EXPECT_EQ(fail.count(), 2u);
 }
 
-TEST_F(AttributeWordTest, IsMinusOneWithoutMemory) {
+TEST_F(AttributeWordTest, EndsWithAnOutOfMemoryErrorWithoutMemoryForThePath) {
+    {
+        const auto noMemory = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+        NATIVE(getFileAttr)(L"C:\\x");
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    }
+    java.failCall("GetStringChars");
+    NATIVE(getFileAttr)(L"C:\\x");
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(system().count("GetFileAttributesExW"), 0u);
+}
+
+TEST_F(AttributeWordTest, IsMinusOneWithoutMemoryForTheLongForm) {
     const auto fail = system().answer("GetFileAttributesExW", FALSE, ERROR_FILENAME_EXCED_RANGE);
     const auto noMemory = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
 

@@ -88,6 +88,17 @@ TEST_F(LinkRecordTest, SeesPlainFilesAndFoldersWhereTheLinkCannotBeRead) {
     EXPECT_EQ(fields(L"C:\\folder").kind, 0);
 }
 
+TEST_F(LinkRecordTest, IsMissedLikeAFileWithoutMemoryToReadTheLink) {
+    disk.put(L"C:\\junction", FILE_ATTRIBUTE_DIRECTORY, {});
+    // Behind the path.
+    const auto noMemory = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_FALSE(record(L"C:\\junction"));
+
+    EXPECT_EQ(java.takeException(), fileNotFound(L""));
+    EXPECT_THAT(disk.opens, IsEmpty());
+}
+
 TEST_F(LinkRecordTest, OpensNothingThatIsNoLink) {
     disk.entries[L"C:\\file"] = {FILE_ATTRIBUTE_ARCHIVE, {}};
 

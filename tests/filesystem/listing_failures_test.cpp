@@ -219,12 +219,12 @@ TEST_F(UnreadableTest, RaiseTheFirstErrorOfTheListenerAgain) {
     EXPECT_THAT(entries, SizeIs(3));
 }
 
-TEST_F(UnreadableTest, RaiseTheListenersErrorEvenWhenTheSearchFails) {
+TEST_F(UnreadableTest, RaiseTheErrorOfTheSearchBeforeThatOfTheListener) {
     endCode = ERROR_UNEXP_NET_ERR;
 
     listSecurity(L"C:\\dir", mute());
 
-    EXPECT_EQ(java.takeException().className, "java/lang/NoSuchMethodError");
+    EXPECT_EQ(java.takeException(), ioException(systemText(ERROR_UNEXP_NET_ERR)));
     EXPECT_THAT(entries, SizeIs(3));
 }
 
@@ -254,16 +254,33 @@ TEST_F(UnreadableTest, AreReportedToTheListenerOfACollectorWithoutItsMethod) {
     EXPECT_THAT(entries, IsEmpty());
 }
 
-TEST_F(UnreadableTest, AreDeliveredWhenTheJvmHasNoMemoryForTheReport) {
+TEST_F(UnreadableTest, EndTheListingWhenTheJvmHasNoMemoryForTheReport) {
     for (std::size_t k = 1; k <= 2; ++k) {
-        entries.clear();
         java.failCall("NewString", k);
 
         listSecurity(L"C:\\dir", listener());
 
         EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
-        EXPECT_THAT(entries, SizeIs(3));
+        EXPECT_THAT(entries, IsEmpty());
+        EXPECT_THAT(events, IsEmpty());
     }
+}
+
+TEST_F(UnreadableTest, AreThoseThatThereIsNoMemoryToAskFor) {
+    const auto fail = REPLACE(GetFileAttributesExW, [](LPCWSTR path, GET_FILEEX_INFO_LEVELS, LPVOID) {
+        EXPECT_NE(path, nullptr);
+        SetLastError(ERROR_PATH_NOT_FOUND);
+        return FALSE;
+    });
+    // Behind the reports, both patterns and the path: the long form of the first entry.
+    const auto noMemory = system().failCall("malloc", 5, ERROR_INVALID_DATA);
+
+    listSecurity(L"C:\\dir", listener());
+
+    EXPECT_THAT(events, ElementsAre(event(L"a", ERROR_NOT_ENOUGH_MEMORY), event(L"b"), event(L"c")));
+    EXPECT_EQ(read.count(), 2u);
+    EXPECT_THAT(entries, SizeIs(3));
+    EXPECT_EQ(entries.at(0).security, L"");
 }
 
 TEST_F(Listing, EndsWhenTheCollectorThrows) {
@@ -285,7 +302,7 @@ TEST_F(Listing, EndsWhenTheCollectorThrows) {
     EXPECT_EQ(system().count("FindClose"), 1u);
 }
 
-TEST_F(Listing, LeavesTheErrorOfAJvmWithoutMemory) {
+TEST_F(Listing, EndsWithAnOutOfMemoryErrorWhenTheJvmHasNoMemory) {
     found = {foundEntry(L"a"), foundEntry(L"b")};
     const std::pair<const char*, std::size_t> steps[] = {
         {"GetStringChars", 0}, {"NewString", 0}, {"NewString", 0}, {"NewString", 1}};
@@ -304,7 +321,7 @@ TEST_F(Listing, LeavesTheErrorOfAJvmWithoutMemory) {
 
 TEST_F(Listing, ThrowsWithoutMemoryForItsPaths) {
     found = {foundEntry(L"a"), foundEntry(L"b")};
-    // The first allocation is that of the reports, which a listing can do without.
+    // The first allocation is that of the reports.
     for (std::size_t k = 2; k <= 4; ++k) {
         const auto fail = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
 
@@ -315,12 +332,14 @@ TEST_F(Listing, ThrowsWithoutMemoryForItsPaths) {
     }
 }
 
-TEST_F(UnreadableTest, AreDeliveredWithoutMemoryForTheReports) {
+TEST_F(UnreadableTest, AreNotLookedForWithoutMemoryForTheReports) {
     const auto fail = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
 
     listSecurity(L"C:\\dir", listener());
 
-    EXPECT_THAT(entries, SizeIs(3));
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_THAT(patterns, IsEmpty());
+    EXPECT_THAT(entries, IsEmpty());
     EXPECT_THAT(events, IsEmpty());
 }
 

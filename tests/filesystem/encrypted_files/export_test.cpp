@@ -102,7 +102,8 @@ TEST_F(EncryptedExport, OpensNothingWhenJavaHasNoMemoryForThePath) {
 
     EXPECT_EQ(NATIVE(openEncryptFile)(L"C:\\secret", 0), 0);
 
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(java.takeException(),
+              ioException(errorMessage(L"OpenEncryptedFileRawW", ERROR_NOT_ENOUGH_MEMORY)));
     EXPECT_EQ(system().count("OpenEncryptedFileRawW"), 0u);
 }
 

@@ -11,6 +11,7 @@ constexpr const char* readSignature = "([BII)I";
 constexpr jint endOfStream = -1;
 
 const Thrown badLength = ioException(L"[WindowsUtil.writeEncryptFile] read() returned a length out of range");
+const Thrown noMemory = ioException(errorMessage(L"WriteEncryptedFileRaw", ERROR_NOT_ENOUGH_MEMORY));
 const Thrown streamBroke{"java/io/EOFException", L"stream broken"};
 
 class EncryptedImport : public WinUtilTest {
@@ -66,7 +67,7 @@ protected:
     Thrown thrown;
 };
 
-// The elements of each block stay with the library: it does not release them, and is not meant to.
+// The elements of each block stay with the library: it must not release them.
 TEST_F(EncryptedImport, CopiesTheStreamBlockByBlockToItsEnd) {
     EXPECT_EQ(importFrom(streamOf({"8 bytes.", "less", std::string("\0\x7F\x80\xFF", 4)}), 3), 0);
 
@@ -151,12 +152,12 @@ TEST_F(EncryptedImport, EndsAtTheExceptionOfTheStreamAndLetsItThrough) {
     EXPECT_EQ(importWithSecondRead([&](std::vector<jbyte>&) -> jint {
                   throw JavaThrow{java.exception(streamBroke.className, streamBroke.message)};
               }),
-              0);
+              static_cast<jint>(ERROR_READ_FAULT));
 
     EXPECT_EQ(thrown, streamBroke);
     EXPECT_EQ(imported(), "aaaaaaaa");
     EXPECT_THAT(raw.lengths(), ElementsAre(8u, 0u));
-    EXPECT_THAT(raw.answers(), ElementsAre(0u, 0u));
+    EXPECT_THAT(raw.answers(), ElementsAre(0u, ERROR_READ_FAULT));
 }
 
 TEST_F(EncryptedImport, MakesNoJavaCallBehindTheExceptionOfTheStream) {
@@ -170,6 +171,7 @@ TEST_F(EncryptedImport, MakesNoJavaCallBehindTheExceptionOfTheStream) {
     EXPECT_EQ(reads, 2);
     EXPECT_EQ(java.count("NewByteArray"), 2u);
     EXPECT_THAT(raw.lengths(), ElementsAre(8u, 0u, 0u, 0u));
+    EXPECT_THAT(raw.answers(), ElementsAre(0u, ERROR_READ_FAULT, ERROR_READ_FAULT, ERROR_READ_FAULT));
 }
 
 TEST_F(EncryptedImport, RaisesNothingOverTheExceptionOfTheStream) {
@@ -184,21 +186,24 @@ TEST_F(EncryptedImport, RaisesNothingOverTheExceptionOfTheStream) {
 }
 
 TEST_F(EncryptedImport, RefusesALengthBelowMinusOne) {
-    EXPECT_EQ(importWithSecondRead([](std::vector<jbyte>&) -> jint { return -2; }), 0);
+    EXPECT_EQ(importWithSecondRead([](std::vector<jbyte>&) -> jint { return -2; }),
+              static_cast<jint>(ERROR_INVALID_DATA));
 
     EXPECT_EQ(thrown, badLength);
     EXPECT_EQ(imported(), "aaaaaaaa");
     EXPECT_THAT(raw.lengths(), ElementsAre(8u, 0u));
+    EXPECT_THAT(raw.answers(), ElementsAre(0u, ERROR_INVALID_DATA));
 }
 
 TEST_F(EncryptedImport, RefusesALengthBeyondTheBlock) {
     EXPECT_EQ(
         importWithSecondRead([](std::vector<jbyte>& array) { return static_cast<jint>(array.size() + 1); }),
-        0);
+        static_cast<jint>(ERROR_INVALID_DATA));
 
     EXPECT_EQ(thrown, badLength);
     EXPECT_EQ(imported(), "aaaaaaaa");
     EXPECT_THAT(raw.lengths(), ElementsAre(8u, 0u));
+    EXPECT_THAT(raw.answers(), ElementsAre(0u, ERROR_INVALID_DATA));
 }
 
 TEST_F(EncryptedImport, AsksNoFurtherBehindAWrongLength) {
@@ -215,21 +220,32 @@ TEST_F(EncryptedImport, AsksNoFurtherBehindAWrongLength) {
 TEST_F(EncryptedImport, EndsWhereJavaHasNoMemoryForABlock) {
     java.failCall("NewByteArray", 2);
 
-    EXPECT_EQ(importFrom(streamOf({"8 bytes.", "8 bytes."}), 1), 0);
+    EXPECT_EQ(importFrom(streamOf({"8 bytes.", "8 bytes."}), 1), static_cast<jint>(ERROR_NOT_ENOUGH_MEMORY));
 
     EXPECT_EQ(thrown.className, "java/lang/OutOfMemoryError");
     EXPECT_EQ(imported(), "8 bytes.");
     EXPECT_EQ(reads, 1);
+    EXPECT_THAT(raw.lengths(), ElementsAre(8u, 0u));
 }
 
 TEST_F(EncryptedImport, EndsWhereJavaHasNoMemoryForTheElements) {
     java.failCall("GetByteArrayElements", 2);
 
-    EXPECT_EQ(importFrom(streamOf({"8 bytes.", "8 bytes."}), 1), 0);
+    EXPECT_EQ(importFrom(streamOf({"8 bytes.", "8 bytes."}), 1), static_cast<jint>(ERROR_NOT_ENOUGH_MEMORY));
 
-    EXPECT_EQ(thrown.className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(thrown, noMemory);
     EXPECT_EQ(imported(), "8 bytes.");
     EXPECT_THAT(raw.lengths(), ElementsAre(8u, 0u));
+    EXPECT_THAT(raw.answers(), ElementsAre(0u, ERROR_NOT_ENOUGH_MEMORY));
+}
+
+TEST_F(EncryptedImport, ThrowsForABlockThatIsMissingAlsoWhenTheSystemMakesNothingOfIt) {
+    raw.failure = ERROR_SUCCESS;
+    java.failCall("GetByteArrayElements", 2);
+
+    EXPECT_EQ(importFrom(streamOf({"8 bytes.", "8 bytes."}), 1), 0);
+
+    EXPECT_EQ(thrown, noMemory);
 }
 
 }  // namespace

@@ -68,17 +68,15 @@ DWORD RawFiles::importFile(PFE_IMPORT_FUNC callback, PVOID record, PVOID context
     EXPECT_NE(contexts_[context].flags & CREATE_FOR_IMPORT, 0u) << "the file is not open for import";
     std::string& raw = files[contexts_[context].path];
     raw.clear();
-    for (std::optional<std::string> block = takeBlock(callback, record); !block || !block->empty();
-         block = takeBlock(callback, record)) {
-        if (!block) {
-            return finish(answers_.back());
-        }
+    std::optional<std::string> block = takeBlock(callback, record);
+    for (; block && !block->empty(); block = takeBlock(callback, record)) {
         raw += *block;
     }
+    const DWORD answer = answers_.back();
     for (int i = 0; i < extraBlocks; ++i) {
         takeBlock(callback, record);
     }
-    return finish(ERROR_SUCCESS);
+    return finish(answer);
 }
 
 }  // namespace testbed

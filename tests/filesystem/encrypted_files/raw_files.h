@@ -19,9 +19,9 @@ public:
     std::map<std::wstring, std::string> files;
     std::size_t blockSize = 8;
 
-    // A code that the next streaming call answers when its blocks are through.
+    // What the next streaming call answers when its blocks are through, whatever a callback answered.
     std::optional<DWORD> failure;
-    // How often an import is asked for more behind its end.
+    // How often an import is asked for more behind its end, the one with an error too.
     int extraBlocks = 0;
     // Runs before each block of an export.
     std::function<void(std::size_t number)> beforeBlock = [](std::size_t) {};

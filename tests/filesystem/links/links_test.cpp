@@ -143,15 +143,21 @@ TEST_F(Links, DoesNotReadBehindItsBufferWhateverTheSystemSaysItWrote) {
     EXPECT_EQ(NATIVE(getLinkTarget)(L"C:\\full").text(), L"");
 }
 
-TEST_F(Links, AnswersNeutrallyWithoutMemory) {
-    for (const std::size_t k : {1, 2}) {
-        const auto memory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
-        EXPECT_EQ(NATIVE(getLinkType)(L"C:\\junction"), 255);
+TEST_F(Links, AnswersNothingWithoutMemory) {
+    // The path, and what it takes to open a link or to ask for the attributes by the long form.
+    for (const auto& [path, k] :
+         {std::pair(L"C:\\junction", 1u), std::pair(L"C:\\junction", 2u), std::pair(L"C:\\missing", 2u)}) {
+        const auto expectNone = [&](auto call) {
+            const auto memory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+            call();
+            EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << toUtf8(path) << k;
+        };
+        expectNone([&] { NATIVE(getLinkType)(path); });
+        expectNone([&] { EXPECT_EQ(NATIVE(getLinkTarget)(path), nullptr); });
+        expectNone([&] { EXPECT_FALSE(NATIVE(isLink)(path)); });
+        expectNone([&] { EXPECT_FALSE(NATIVE(isDirectoryJunction)(path)); });
     }
-    const auto memory = system().answer("malloc", 0);
-    EXPECT_EQ(NATIVE(getLinkTarget)(L"C:\\junction"), nullptr);
-    EXPECT_FALSE(NATIVE(isLink)(L"C:\\junction"));
-    EXPECT_FALSE(NATIVE(isDirectoryJunction)(L"C:\\junction"));
+    EXPECT_TRUE(disk.opens.empty());
 }
 
 // Making junctions
@@ -247,13 +253,15 @@ TEST_F(Links, SaysSoWhenThereIsNoMemoryForALink) {
     }
 }
 
-TEST_F(Links, LeavesTheErrorOfTheJvmThatHadNoMemory) {
+TEST_F(Links, SaysSoWhenTheJvmHasNoMemoryForALink) {
     for (const std::size_t k : {1, 2}) {
         java.failCall("GetStringChars", k);
 
         EXPECT_FALSE(NATIVE(createFileSymbolicLink)(L"C:\\new", L"C:\\data"));
 
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << "string " << k;
+        EXPECT_EQ(java.takeException(),
+                  ioException(errorMessage(L"CreateFileSymbolicLink", ERROR_NOT_ENOUGH_MEMORY)))
+            << "string " << k;
     }
 }
 

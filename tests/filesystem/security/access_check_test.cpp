@@ -331,24 +331,47 @@ TEST_F(AccessCheckTest, ActsAsItselfWhenTheExceptionCannotBeMade) {
 TEST_F(AccessCheckTest, ActsAsItselfWhenMemoryRunsOut) {
     const auto logon = acceptLogon();
     const auto descriptor = protect(readable);
+    const Thrown noMemory = ioException(refusal(ERROR_NOT_ENOUGH_MEMORY));
     // The path, and then the descriptor.
     for (std::size_t k = 1; k <= 2; ++k) {
         SCOPED_TRACE(k);
-        const std::wstring reason =
-            k == 1 ? systemText(ERROR_NOT_ENOUGH_MEMORY) : refusal(ERROR_NOT_ENOUGH_MEMORY);
         {
-            const auto memory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+            const auto memory = system().failCall("malloc", k, ERROR_INVALID_DATA);
             EXPECT_FALSE(isAccessRead());
-            EXPECT_EQ(java.takeException(), ioException(reason));
+            EXPECT_EQ(java.takeException(), noMemory);
             EXPECT_FALSE(isImpersonating());
         }
         {
-            const auto memory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+            const auto memory = system().failCall("malloc", k, ERROR_INVALID_DATA);
             EXPECT_FALSE(isAccessWrite());
-            EXPECT_EQ(java.takeException(), ioException(reason));
+            EXPECT_EQ(java.takeException(), noMemory);
             EXPECT_FALSE(isImpersonating());
         }
     }
+    // The long form.
+    const auto attributes = system().answer("GetFileAttributesExW", FALSE, ERROR_PATH_NOT_FOUND);
+    const auto memory = system().failCall("malloc", 2, ERROR_INVALID_DATA);
+    asked.clear();
+    EXPECT_FALSE(isAccessRead());
+    EXPECT_EQ(java.takeException(), noMemory);
+    EXPECT_FALSE(isImpersonating());
+    EXPECT_TRUE(asked.empty());
+}
+
+TEST_F(AccessCheckTest, WipesTheCopyOfThePasswordAndNoOther) {
+    const auto logon = acceptLogon();
+    const auto descriptor = protect(L"O:SYG:SYD:(A;;0x3;;;WD)");
+
+    EXPECT_TRUE(isAccessRead());
+    EXPECT_TRUE(isAccessWrite());
+
+    std::size_t passwords = 0;
+    for (const StringRelease& release : java.stringReleases()) {
+        const bool password = release.string.text() == L"secret";
+        EXPECT_EQ(release.wiped, password) << toUtf8(release.string.text());
+        passwords += password ? 1 : 0;
+    }
+    EXPECT_EQ(passwords, 2u);
 }
 
 TEST_F(AccessCheckTest, WritingEndsTheCallersImpersonationAlsoBeforeTheCheck) {
@@ -359,7 +382,7 @@ TEST_F(AccessCheckTest, WritingEndsTheCallersImpersonationAlsoBeforeTheCheck) {
 
         EXPECT_FALSE(isAccessWrite());
 
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+        EXPECT_EQ(java.takeException(), ioException(refusal(ERROR_NOT_ENOUGH_MEMORY)));
         EXPECT_FALSE(isImpersonating());
     }
     CloseHandle(token);

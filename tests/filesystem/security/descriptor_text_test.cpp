@@ -95,17 +95,27 @@ TEST_F(DescriptorTextTest, GivesAnEmptyTextWithoutAListener) {
     EXPECT_EQ(NATIVE(getWinSecurityDescriptor)(folder() / L"missing", 7, nullptr).text(), L"");
 }
 
-TEST_F(DescriptorTextTest, GivesAnEmptyTextWithoutMemoryForThePath) {
-    {
-        const auto memory = system().answer("malloc", 0);
-        const JavaObject text = NATIVE(getWinSecurityDescriptor)(folder() / L"file", 7, listener());
-        ASSERT_TRUE(text);
-        EXPECT_EQ(text.text(), L"");
+TEST_F(DescriptorTextTest, GivesNoneWithoutMemoryForTheReportsOrThePath) {
+    for (const std::size_t k : {1, 2}) {
+        const auto memory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+        EXPECT_FALSE(NATIVE(getWinSecurityDescriptor)(folder() / L"file", 7, listener()));
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
     }
     java.failCall("GetStringChars", 1);
     EXPECT_FALSE(NATIVE(getWinSecurityDescriptor)(folder() / L"file", 7, listener()));
     EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_THAT(events, IsEmpty());
+    EXPECT_EQ(system().count("GetFileSecurityW"), 0u);
+}
+
+TEST_F(DescriptorTextTest, TellsTheListenerThatThereIsNoMemoryForTheLongForm) {
+    const auto attributes = system().answer("GetFileAttributesExW", FALSE, ERROR_PATH_NOT_FOUND);
+    const auto memory = system().failCall("malloc", 3, ERROR_INVALID_DATA);
+
+    EXPECT_EQ(NATIVE(getWinSecurityDescriptor)(L"C:\\x", 7, listener()).text(), L"");
+
+    EXPECT_THAT(events, ElementsAre(L"C:\\x: " + systemText(ERROR_NOT_ENOUGH_MEMORY)));
+    EXPECT_EQ(system().count("GetFileSecurityW") + system().count("GetNamedSecurityInfoW"), 0u);
 }
 
 TEST_F(DescriptorTextTest, GivesAnEmptyTextAndTheErrorOfAListenerWithoutTheMethod) {

@@ -116,7 +116,7 @@ TEST_F(FileAclTest, DoesNothingWithoutMemoryForItsStrings) {
 
         setFileACL(L"Users", 1, GRANT_ACCESS);
 
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+        EXPECT_EQ(java.takeException(), nothingThrown()) << k;
     }
     EXPECT_EQ(get.count(), 0u);
 }

@@ -165,6 +165,7 @@ TEST_F(FileAttributesTest, DoesNothingWithoutMemory) {
 
     setFileAttr(FILE_ATTRIBUTE_HIDDEN);
 
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_EQ(set.count(), 0u);
 }
 
@@ -174,6 +175,7 @@ TEST_F(FileAttributesTest, DoesNothingWithoutMemoryForTheLongForm) {
 
     NATIVE(setFileAttr)(folder() / L"missing", FILE_ATTRIBUTE_HIDDEN);
 
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_EQ(set.count(), 0u);
 }
 

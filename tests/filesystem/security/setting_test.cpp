@@ -12,6 +12,8 @@ using ::testing::SizeIs;
 
 const std::wstring sddl = L"O:SYG:BAD:(A;;FA;;;WD)";
 constexpr jint unchanged = -1;
+const Thrown noArguments =
+    ioException(errorMessage(L"setFileAttrWithSecurityDescriptor", ERROR_NOT_ENOUGH_MEMORY));
 
 class SettingTest : public WinUtilTest {
 protected:
@@ -282,13 +284,24 @@ TEST_F(SettingTest, HasNoTextOfTheSystemThatDoesNotFitTheReason) {
     }
 }
 
+TEST_F(SettingTest, TellsThatTheAttributesFailedWithoutMemoryForTheLongForm) {
+    const auto read = system().answer("GetFileAttributesExW", FALSE, ERROR_PATH_NOT_FOUND);
+    const auto memory = system().failCall("malloc", 3, ERROR_NOT_ENOUGH_MEMORY);
+    const auto attributes = system().watch("SetFileAttributesW");
+
+    EXPECT_FALSE(set(L"", FILE_ATTRIBUTE_HIDDEN));
+
+    EXPECT_EQ(java.takeException(), ioException(L"Fail to set file attributes: " + path()));
+    EXPECT_EQ(attributes.count(), 0u);
+}
+
 TEST_F(SettingTest, DoesNotPassForSuccessWithoutMemory) {
     for (std::size_t k = 1; k <= 2; ++k) {
         const auto memory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
 
         EXPECT_FALSE(set(sddl, FILE_ATTRIBUTE_HIDDEN));
 
-        EXPECT_EQ(java.takeException(), ioException(systemText(ERROR_NOT_ENOUGH_MEMORY))) << k;
+        EXPECT_EQ(java.takeException(), noArguments) << k;
     }
     const auto read = system().answer("GetFileAttributesExW", FALSE, ERROR_PATH_NOT_FOUND);
     const auto memory = system().failCall("malloc", 3, ERROR_NOT_ENOUGH_MEMORY);
@@ -298,13 +311,13 @@ TEST_F(SettingTest, DoesNotPassForSuccessWithoutMemory) {
     EXPECT_EQ(java.takeException(), ioException(noDescriptor(ERROR_NOT_ENOUGH_MEMORY, L"8")));
 }
 
-TEST_F(SettingTest, PassesTheErrorOfAJvmWithoutMemoryOn) {
+TEST_F(SettingTest, DoesNotPassForSuccessWhenTheJvmHasNoMemory) {
     for (std::size_t k = 1; k <= 2; ++k) {
         java.failCall("GetStringChars", k);
 
         EXPECT_FALSE(set(sddl, FILE_ATTRIBUTE_HIDDEN));
 
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+        EXPECT_EQ(java.takeException(), noArguments) << k;
     }
 }
 

@@ -1,5 +1,5 @@
 // The folders of a Windows library, through the shipped DLL.
-#include "com_objects.h"
+#include "shell_fixture.h"
 
 namespace {
 
@@ -7,9 +7,9 @@ using namespace testbed;
 
 class LibraryFolders : public ShellTest {
 protected:
-    FakeShellItem first{"first", L"C:\\one", ledger(), events};
-    FakeShellItem second{"second", L"D:\\two", ledger(), events};
-    FakeShellItem nameless{"nameless", L"", ledger(), events};
+    FakeShellItem first{ledger(), events, "first", L"C:\\one"};
+    FakeShellItem second{ledger(), events, "second", L"D:\\two"};
+    FakeShellItem nameless{ledger(), events, "nameless", L""};
 
     std::vector<std::wstring> list() {
         const JavaObject collection = java.list();
@@ -105,6 +105,16 @@ TEST_F(LibraryFolders, EndWhenTheJvmHasNoMemory) {
 
     EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     EXPECT_EQ(count("release second"), 0) << "not asked for";
+}
+
+TEST_F(LibraryFolders, AreNotLookedForWithoutMemoryForThePath) {
+    enumeration.items = {&first};
+    const auto memory = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_EQ(list(), Paths{});
+
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(events, Events{});
 }
 
 TEST_F(LibraryFolders, KeepTheReferencesFlat) {

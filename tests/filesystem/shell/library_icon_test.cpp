@@ -1,5 +1,5 @@
 // The icon of a Windows library, through the shipped DLL, drawn by the system.
-#include "com_objects.h"
+#include "shell_fixture.h"
 
 namespace {
 
@@ -148,12 +148,23 @@ TEST_F(LibraryIcon, IsNoneWhenAStepOfTheDrawingFails) {
         const auto failure = system().failCall("SelectObject", k, ERROR_NOT_ENOUGH_MEMORY);
         EXPECT_EQ(get(), nullptr) << "selection " << k;
     }
-    for (const std::size_t k : {1, 2, 3}) {
-        const auto failure = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
-        EXPECT_EQ(get(), nullptr) << "allocation " << k;
+    // The header, and the file behind the path.
+    for (const auto& [function, k] : {std::pair("calloc", 1u), std::pair("malloc", 2u)}) {
+        const auto failure = system().failCall(function, k, ERROR_NOT_ENOUGH_MEMORY);
+        EXPECT_EQ(get(), nullptr) << function;
+        EXPECT_EQ(failure.count(), k) << function;
     }
     EXPECT_EQ(count("initialize"), count("uninitialize") + 0) << "COM is balanced";
     EXPECT_EQ(events.empty() ? "" : events.back(), "uninitialize");
+}
+
+TEST_F(LibraryIcon, IsNotLookedForWithoutMemoryForThePath) {
+    const auto memory = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_EQ(get(), nullptr);
+
+    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(events, Events{});
 }
 
 TEST_F(LibraryIcon, ReadsABitmapThatIsNoLongerSelected) {

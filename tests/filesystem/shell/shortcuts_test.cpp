@@ -1,5 +1,5 @@
 // Shortcuts through the shipped DLL: with counted objects, and with the shell's own.
-#include "com_objects.h"
+#include "shell_fixture.h"
 
 namespace {
 
@@ -65,12 +65,11 @@ TEST_F(ShortcutTarget, IsEmptyWhenAStepFails) {
     EXPECT_EQ(count("uninitialize"), 5);
 }
 
-TEST_F(ShortcutTarget, IsEmptyWithoutMemoryForThePath) {
+TEST_F(ShortcutTarget, IsNotReadWithoutMemoryForThePath) {
     {
         const auto memory = system().answer("malloc", 0);
-        const JavaObject target = NATIVE(getShortcutTarget)(L"C:\\a.lnk");
-        ASSERT_TRUE(target);
-        EXPECT_EQ(target.text(), L"");
+        EXPECT_FALSE(NATIVE(getShortcutTarget)(L"C:\\a.lnk"));
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     }
     java.failCall("GetStringChars", 1);
     EXPECT_FALSE(NATIVE(getShortcutTarget)(L"C:\\a.lnk"));
@@ -153,6 +152,19 @@ TEST_F(RealShortcut, IsWhatTheShellCallsALink) {
     EXPECT_TRUE(isShortcut(method, system(), {0, SFGAO_LINK}));
     EXPECT_FALSE(isShortcut(method, system(), {0, 0}));
     EXPECT_FALSE(isShortcut(method, system(), {static_cast<DWORD_PTR>(-1), SFGAO_LINK}));
+}
+
+TEST_F(RealShortcut, IsNotToldFromALinkWithoutMemory) {
+    const auto shell = answerShell(system(), {1, SFGAO_LINK});
+    // The path, and its long form for the attributes.
+    for (const std::size_t k : {1, 2}) {
+        const auto memory = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+
+        EXPECT_FALSE(NATIVE(isShortcut)(L"C:\\a.lnk"));
+
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+    }
+    EXPECT_EQ(shell.count(), 0u);
 }
 
 TEST_F(RealShortcut, IsNeverAReparseLink) {

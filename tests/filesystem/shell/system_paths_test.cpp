@@ -1,5 +1,5 @@
 // The search path and the system's own folders, through the shipped DLL.
-#include "com_objects.h"
+#include "shell_fixture.h"
 
 namespace {
 
@@ -54,12 +54,11 @@ TEST_F(SystemSearch, GivesAPathThatFitsAndNeverACutOne) {
     EXPECT_EQ(NATIVE(searchPathFromLibrary)(L"name").text(), L"");
 }
 
-TEST_F(SystemSearch, IsEmptyWithoutMemoryForTheName) {
+TEST_F(SystemSearch, FindsNothingWithoutMemoryForTheName) {
     {
         const auto memory = system().answer("malloc", 0);
-        const JavaObject found = NATIVE(searchPathFromLibrary)(L"kernel32.dll");
-        ASSERT_TRUE(found);
-        EXPECT_EQ(found.text(), L"");
+        EXPECT_FALSE(NATIVE(searchPathFromLibrary)(L"kernel32.dll"));
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
     }
     java.failCall("GetStringChars", 1);
     EXPECT_FALSE(NATIVE(searchPathFromLibrary)(L"kernel32.dll"));

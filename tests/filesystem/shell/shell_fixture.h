@@ -1,4 +1,4 @@
-// COM objects that count their references and note when the last one goes.
+// The shell's objects, as a test wants them to be.
 #pragma once
 
 #include <windows.h>
@@ -10,78 +10,12 @@
 #include <shobjidl.h>
 
 #include <cstring>
-#include <map>
 #include <string>
 #include <vector>
 
-#include "winutil_fixture.h"
+#include "fake_com.h"
 
 namespace testbed {
-
-// What happened, in order.
-using Events = std::vector<std::string>;
-
-// Belongs to the test, which lets the DLL have references; all of them are to be back at the end.
-template <class Interface>
-class ComObject : public Interface {
-public:
-    ComObject(std::string name, const IID& iid, Events& events)
-        : name_(std::move(name)), iid_(iid), events_(events) {}
-    ComObject(const ComObject&) = delete;
-    ComObject& operator=(const ComObject&) = delete;
-    virtual ~ComObject() { EXPECT_EQ(references_, 0) << name_ << ": references"; }
-
-    HRESULT WINAPI QueryInterface(REFIID iid, void** object) override {
-        *object = nullptr;
-        if (iid == iid_ || iid == IID_IUnknown) {
-            *object = this;
-            AddRef();
-            return S_OK;
-        }
-        const auto other = others_.find(hash(iid));
-        if (other == others_.end()) {
-            return E_NOINTERFACE;
-        }
-        *object = other->second;
-        other->second->AddRef();
-        return S_OK;
-    }
-    ULONG WINAPI AddRef() override { return static_cast<ULONG>(++references_); }
-    ULONG WINAPI Release() override {
-        EXPECT_GT(references_, 0) << name_ << " released once too often";
-        if (--references_ == 0) {
-            events_.push_back("release " + name_);
-        }
-        return static_cast<ULONG>(references_);
-    }
-
-    // The object that stands for another interface of this one.
-    void offer(const IID& iid, IUnknown& object) { others_[hash(iid)] = &object; }
-    void withdraw(const IID& iid) { others_.erase(hash(iid)); }
-
-    // Gives out a reference, unless `result` is a failure.
-    template <class Out>
-    HRESULT give(HRESULT result, Out** out) {
-        *out = nullptr;
-        if (SUCCEEDED(result)) {
-            AddRef();
-            *out = static_cast<Out*>(static_cast<void*>(static_cast<Interface*>(this)));
-        }
-        return result;
-    }
-
-protected:
-    void note(std::string event) { events_.push_back(std::move(event)); }
-
-private:
-    static std::string hash(const IID& iid) { return {reinterpret_cast<const char*>(&iid), sizeof(iid)}; }
-
-    std::string name_;
-    IID iid_;
-    Events& events_;
-    int references_ = 0;
-    std::map<std::string, IUnknown*> others_;
-};
 
 // A text in memory that COM gives to its caller, who must free it.
 inline LPWSTR comText(Ledger& ledger, const std::wstring& text) {
@@ -92,9 +26,9 @@ inline LPWSTR comText(Ledger& ledger, const std::wstring& text) {
     return static_cast<LPWSTR>(memory);
 }
 
-class FakePersistFile final : public ComObject<IPersistFile> {
+class FakePersistFile final : public FakeCom<IPersistFile> {
 public:
-    explicit FakePersistFile(Events& events) : ComObject("file", IID_IPersistFile, events) {}
+    FakePersistFile(Ledger& ledger, Events& events) : FakeCom(ledger, IID_IPersistFile, events, "file") {}
 
     HRESULT loadResult = S_OK;
     std::wstring loaded;
@@ -112,9 +46,9 @@ public:
     HRESULT WINAPI GetCurFile(LPOLESTR*) override { return E_NOTIMPL; }
 };
 
-class FakeShellLink final : public ComObject<IShellLinkW> {
+class FakeShellLink final : public FakeCom<IShellLinkW> {
 public:
-    explicit FakeShellLink(Events& events) : ComObject("link", IID_IShellLinkW, events) {}
+    FakeShellLink(Ledger& ledger, Events& events) : FakeCom(ledger, IID_IShellLinkW, events, "link") {}
 
     HRESULT resolveResult = S_OK;
     HRESULT pathResult = S_OK;
@@ -158,10 +92,10 @@ public:
     HRESULT WINAPI SetPath(LPCWSTR) override { return E_NOTIMPL; }
 };
 
-class FakeShellItem final : public ComObject<IShellItem> {
+class FakeShellItem final : public FakeCom<IShellItem> {
 public:
-    FakeShellItem(const std::string& name, std::wstring path, Ledger& ledger, Events& events)
-        : ComObject(name, IID_IShellItem, events), path_(std::move(path)), ledger_(ledger) {}
+    FakeShellItem(Ledger& ledger, Events& events, const std::string& name, std::wstring path)
+        : FakeCom(ledger, IID_IShellItem, events, name), path_(std::move(path)), ledger_(ledger) {}
 
     // Without a path it has no display name.
     HRESULT WINAPI GetDisplayName(SIGDN form, LPWSTR* name) override {
@@ -179,9 +113,10 @@ private:
     Ledger& ledger_;
 };
 
-class FakeEnumeration final : public ComObject<IEnumShellItems> {
+class FakeEnumeration final : public FakeCom<IEnumShellItems> {
 public:
-    explicit FakeEnumeration(Events& events) : ComObject("enumeration", IID_IEnumShellItems, events) {}
+    FakeEnumeration(Ledger& ledger, Events& events)
+        : FakeCom(ledger, IID_IEnumShellItems, events, "enumeration") {}
 
     std::vector<FakeShellItem*> items;
     HRESULT endResult = S_FALSE;  // what follows the last item
@@ -208,10 +143,10 @@ private:
     std::size_t next_ = 0;
 };
 
-class FakeItemArray final : public ComObject<IShellItemArray> {
+class FakeItemArray final : public FakeCom<IShellItemArray> {
 public:
-    FakeItemArray(FakeEnumeration& enumeration, Events& events)
-        : ComObject("array", IID_IShellItemArray, events), enumeration_(enumeration) {}
+    FakeItemArray(Ledger& ledger, Events& events, FakeEnumeration& enumeration)
+        : FakeCom(ledger, IID_IShellItemArray, events, "array"), enumeration_(enumeration) {}
 
     HRESULT enumResult = S_OK;
 
@@ -229,10 +164,10 @@ private:
     FakeEnumeration& enumeration_;
 };
 
-class FakeLibrary final : public ComObject<IShellLibrary> {
+class FakeLibrary final : public FakeCom<IShellLibrary> {
 public:
-    FakeLibrary(FakeItemArray& folders, Ledger& ledger, Events& events)
-        : ComObject("library", IID_IShellLibrary, events), folders_(folders), ledger_(ledger) {}
+    FakeLibrary(Ledger& ledger, Events& events, FakeItemArray& folders)
+        : FakeCom(ledger, IID_IShellLibrary, events, "library"), folders_(folders), ledger_(ledger) {}
 
     HRESULT loadResult = S_OK;
     HRESULT foldersResult = S_OK;
@@ -277,56 +212,32 @@ private:
 };
 
 // A system on which the objects above stand behind COM's own calls.
-class ShellTest : public WinUtilTest {
+class ShellTest : public ComTest {
 protected:
-    Events events;
     std::vector<std::wstring> parsed;  // the paths that became items
-    HRESULT initializeResult = S_OK;
-    HRESULT createResult = S_OK;
     HRESULT parseResult = S_OK;
-    FakePersistFile file{events};
-    FakeShellLink link{events};
-    FakeShellItem item{"item", L"C:\\a.library-ms", ledger(), events};
-    FakeEnumeration enumeration{events};
-    FakeItemArray folders{enumeration, events};
-    FakeLibrary shellLibrary{folders, ledger(), events};
+    FakePersistFile file{ledger(), events};
+    FakeShellLink link{ledger(), events};
+    FakeShellItem item{ledger(), events, "item", L"C:\\a.library-ms"};
+    FakeEnumeration enumeration{ledger(), events};
+    FakeItemArray folders{ledger(), events, enumeration};
+    FakeLibrary shellLibrary{ledger(), events, folders};
 
     ShellTest() {
         link.offer(IID_IPersistFile, file);
-        replacements_.push_back(REPLACE(CoInitializeEx, [this](LPVOID reserved, DWORD model) -> HRESULT {
-            EXPECT_EQ(reserved, nullptr);
-            EXPECT_EQ(model, 0u);
-            events.push_back("initialize");
-            return initializeResult;
-        }));
-        replacements_.push_back(REPLACE(CoUninitialize, [this] { events.push_back("uninitialize"); }));
-        replacements_.push_back(REPLACE(
-            CoCreateInstance,
-            [this](REFCLSID id, LPUNKNOWN outer, DWORD context, REFIID iid, LPVOID* object) -> HRESULT {
-                EXPECT_EQ(outer, nullptr);
-                EXPECT_EQ(context, 1u);
-                *object = nullptr;
-                if (FAILED(createResult)) {
-                    return createResult;
-                }
-                return id == CLSID_ShellLink      ? link.QueryInterface(iid, object)
-                       : id == CLSID_ShellLibrary ? shellLibrary.QueryInterface(iid, object)
-                                                  : REGDB_E_CLASSNOTREG;
-            }));
-        replacements_.push_back(
-            REPLACE(SHCreateItemFromParsingName,
-                    [this](PCWSTR path, IBindCtx* context, REFIID iid, void** object) -> HRESULT {
-                        EXPECT_EQ(context, nullptr);
-                        *object = nullptr;
-                        parsed.emplace_back(path);
-                        return FAILED(parseResult) ? parseResult : item.QueryInterface(iid, object);
-                    }));
+        offerClass(CLSID_ShellLink, link);
+        offerClass(CLSID_ShellLibrary, shellLibrary);
     }
 
-    std::ptrdiff_t count(const std::string& event) const { return std::ranges::count(events, event); }
-
 private:
-    std::vector<Replacement> replacements_;
+    const Replacement parse_ =
+        REPLACE(SHCreateItemFromParsingName,
+                [this](PCWSTR path, IBindCtx* context, REFIID iid, void** object) -> HRESULT {
+                    EXPECT_EQ(context, nullptr);
+                    *object = nullptr;
+                    parsed.emplace_back(path);
+                    return FAILED(parseResult) ? parseResult : item.QueryInterface(iid, object);
+                });
 };
 
 // Calls of the system that the objects above do not stand behind.
