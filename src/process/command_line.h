@@ -8,8 +8,8 @@
 
 namespace winutil::process {
 
-// A text of another process, or as much of it as there is room for. It has no terminator: that process wrote
-// it.
+// A text of another process, or as much of it as there is room for. Its end is not sure to be marked: that
+// process wrote it.
 class ForeignText {
 public:
     static constexpr std::size_t size = 4096;  // bytes
@@ -22,6 +22,7 @@ private:
     // Zero to begin with: an odd length ends in half a character.
     wchar_t text_[size / sizeof(wchar_t)] = {};
 };
+static_assert(sizeof(ForeignText) == ForeignText::size);
 
 // Reads the command line of a process. Returns false, with the reason in `errorBuffer`, when that fails.
 bool readCommandLine(std::int64_t processId, bool verbose, ForeignText& commandLine,

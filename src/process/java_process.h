@@ -30,7 +30,7 @@ struct OutputPipes {
 
 // Returns the Java object of a started child, which owns the handles in the cells and the read ends from then
 // on. Null, with the reason in `errorBuffer` or a Java exception pending and the read ends where they were,
-// when it cannot be made.
+// when it cannot be made: the child then runs on, and its process handle stays open.
 jobject newJavaProcess(JNIEnv* env, const wchar_t* tag, const LaunchCells& cells, OutputPipes& pipes,
                        ErrorBuffer& errorBuffer) noexcept;
 

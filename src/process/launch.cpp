@@ -222,6 +222,7 @@ jobject launchAsUser(JNIEnv* env, const Program& program, const Account& account
     if (!allocateCells(userTag, errorBuffer, cells.process, cells.output, cells.error, cells.token,
                        cells.profile) ||
         !makeOutputPipes(userTag, pipes, errorBuffer)) {
+        // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the cells are let go
         return nullptr;
     }
     const Arguments arguments(env, inPlace(account.domain), inPlace(account.user),
@@ -248,6 +249,7 @@ jobject launchInSession(JNIEnv* env, const Program& program, DWORD session,
     OutputPipes pipes;
     if (!allocateCells(sessionTag, errorBuffer, cells.process, cells.output, cells.error) ||
         !makeOutputPipes(sessionTag, pipes, errorBuffer)) {
+        // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the cells are let go
         return nullptr;
     }
     const Arguments arguments(env, inPlace(program.application), inPlace(program.commandLine),
