@@ -89,6 +89,13 @@ void throwSecurityException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwRuntimeException(JNIEnv* env, const wchar_t* message) noexcept;
 void throwAccountRestrictionException(JNIEnv* env, const wchar_t* message) noexcept;
 
+// Raises an IOException with the message that a worker left of its failure; does nothing where it left none.
+inline void throwFailure(JNIEnv* env, const ErrorBuffer& errorBuffer) noexcept {
+    if (!errorBuffer.empty()) {
+        throwIOException(env, errorBuffer.text());
+    }
+}
+
 // Raises an IOException with "[tag] (code) system text".
 void throwWin32Error(JNIEnv* env, const wchar_t* tag, DWORD code) noexcept;
 

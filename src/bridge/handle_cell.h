@@ -16,7 +16,7 @@ struct HandleCellKind {
     static Value none() noexcept { return nullptr; }
     static void close(Value cell) noexcept {
         Handle(*cell).reset();
-        std::free(cell);
+        std::free(static_cast<void*>(cell));
     }
 };
 

@@ -68,7 +68,7 @@ inline Text argument(JNIEnv* env, std::wstring_view text) noexcept {
 
 // Makes the arguments in their order and calls `call` with them. Returns false when one could not be made.
 template <class Call, class... Values>
-bool withArguments(JNIEnv* env, Call call, const Values&... values) noexcept {
+bool withArguments([[maybe_unused]] JNIEnv* env, Call call, const Values&... values) noexcept {
     auto arguments = std::make_tuple(argument(env, values)...);
     const bool made = std::apply([](auto&... each) noexcept { return (each.make() && ...); }, arguments);
     if (made) {

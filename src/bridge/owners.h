@@ -103,9 +103,14 @@ using ProcessHeapMemory = Resource<T*, freeToProcessHeap>;
 template <class T>
 using NetMemory = Resource<T*, NetApiBufferFree>;
 
+template <class T>
+void freeToHeap(T* memory) noexcept {
+    std::free(static_cast<void*>(memory));
+}
+
 // Memory from malloc.
 template <class T>
-using HeapMemory = Resource<T*, std::free>;
+using HeapMemory = Resource<T*, freeToHeap<T>>;
 
 // New memory for `count` elements of T, or none when there is none left.
 template <class T>

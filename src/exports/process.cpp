@@ -1,10 +1,8 @@
 // Processes: launching them, what becomes of them, and looking at others.
-#include "bridge/java_classes.h"
 #include "bridge/java_strings.h"
 #include "exports/entry.h"
 #include "process/child.h"
 #include "process/command_line.h"
-#include "process/handle_cell.h"
 #include "process/launch.h"
 #include "process/own_process.h"
 #include "process/process_list.h"
@@ -12,50 +10,64 @@
 #include "process/termination.h"
 
 using namespace winutil;
-using process::toCell;
 
 JNIEXPORT jobject JNICALL Java_com_qarvo_kel_util_WindowsUtil_createProcessAsUserN(
     JNIEnv* env, jobject, jstring application, jstring commandLine, jobject, jstring workingDirectory,
     jstring domain, jstring user, jstring password) {
-    return process::launchAsUser(
+    ErrorBuffer errorBuffer;
+    const jobject launched = process::launchAsUser(
         env, {.application = application, .commandLine = commandLine, .workingDirectory = workingDirectory},
-        {.domain = domain, .user = user, .password = password});
+        {.domain = domain, .user = user, .password = password}, errorBuffer);
+    throwFailure(env, errorBuffer);
+    return launched;
 }
 
 JNIEXPORT jobject JNICALL Java_com_qarvo_kel_util_WindowsUtil_createProcessAsUserSession(
     JNIEnv* env, jobject, jstring application, jstring commandLine, jobject, jstring workingDirectory,
     jint sessionId) {
-    return process::launchInSession(
+    ErrorBuffer errorBuffer;
+    const jobject launched = process::launchInSession(
         env, {.application = application, .commandLine = commandLine, .workingDirectory = workingDirectory},
-        static_cast<DWORD>(sessionId));
+        static_cast<DWORD>(sessionId), errorBuffer);
+    throwFailure(env, errorBuffer);
+    return launched;
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_closeHandle(JNIEnv*, jobject, jlong cell) {
-    process::closeCell(toCell(cell));
+    process::closeCell(fromJavaHandle<HANDLE>(cell));
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_unloadUserProfile(JNIEnv*, jobject,
                                                                              jlong tokenCell,
                                                                              jlong profileCell) {
-    process::unloadProfile(toCell(tokenCell), toCell(profileCell));
+    process::unloadProfile(fromJavaHandle<HANDLE>(tokenCell), fromJavaHandle<HANDLE>(profileCell));
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_waitForSingleObject(JNIEnv*, jobject, jlong cell) {
-    return static_cast<jint>(process::waitForEnd(toCell(cell)));
+    return static_cast<jint>(process::waitForEnd(fromJavaHandle<HANDLE>(cell)));
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_exitValue(JNIEnv* env, jobject, jlong cell) {
-    return static_cast<jint>(process::exitCode(env, toCell(cell)));
+    ErrorBuffer errorBuffer;
+    const DWORD code = process::exitCode(fromJavaHandle<HANDLE>(cell), errorBuffer);
+    throwFailure(env, errorBuffer);
+    return static_cast<jint>(code);
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_endProcess(JNIEnv* env, jobject, jlong cell) {
-    process::endChild(env, toCell(cell));
+    ErrorBuffer errorBuffer;
+    process::endChild(fromJavaHandle<HANDLE>(cell), errorBuffer);
+    throwFailure(env, errorBuffer);
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_readHandle(JNIEnv* env, jobject, jlong cell,
                                                                       jbyteArray buffer, jint offset,
                                                                       jint length) {
-    return process::readOutput(env, toCell(cell), buffer, offset, length);
+    ErrorBuffer errorBuffer;
+    const jint count =
+        process::readOutput(env, fromJavaHandle<HANDLE>(cell), buffer, offset, length, errorBuffer);
+    throwFailure(env, errorBuffer);
+    return count;
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_setPriority(JNIEnv*, jobject) {
@@ -68,26 +80,41 @@ JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_getSessionId(JNIEnv*,
 
 JNIEXPORT jobject JNICALL Java_com_qarvo_kel_util_WindowsUtil_getProcessInfo(JNIEnv* env, jobject,
                                                                              jstring executableName) {
-    return process::listProcesses(env, executableName);
+    ErrorBuffer errorBuffer;
+    const jobject list = process::listProcesses(env, executableName, errorBuffer);
+    throwFailure(env, errorBuffer);
+    return list;
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getProcessCommandLineArguments(
     JNIEnv* env, jobject, jlong processId, jboolean verbose) {
-    return process::processCommandLine(env, static_cast<DWORD>(processId), fromJava(verbose));
+    process::ForeignText commandLine;
+    ErrorBuffer errorBuffer;
+    if (!process::readCommandLine(processId, fromJava(verbose), commandLine, errorBuffer)) {
+        throwIOException(env, errorBuffer.text());
+        return nullptr;
+    }
+    return newJavaString(env, commandLine.view());
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_terminateProcessByProcessID(JNIEnv* env,
                                                                                            jobject,
                                                                                            jlong processId,
                                                                                            jboolean verbose) {
-    return toJava(process::terminate(env, static_cast<DWORD>(processId), fromJava(verbose)));
+    ErrorBuffer errorBuffer;
+    const bool ended = process::terminate(processId, fromJava(verbose), errorBuffer);
+    throwFailure(env, errorBuffer);
+    return toJava(ended);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isServiceRunning(JNIEnv* env, jobject,
                                                                                 jstring serviceName) {
-    const WideString name = toWideString(env, serviceName);
-    if (!name && exceptionPending(env)) {
-        return JNI_FALSE;
+    const Arguments arguments(env, wide(serviceName));
+    ErrorBuffer errorBuffer;
+    if (!arguments) {
+        errorBuffer.format(process::serviceTag, L"", ERROR_NOT_ENOUGH_MEMORY);
     }
-    return toJava(process::isServiceRunning(env, name.get()));
+    const bool running = arguments && process::isServiceRunning(arguments.get<0>(), errorBuffer);
+    throwFailure(env, errorBuffer);
+    return toJava(running);
 }

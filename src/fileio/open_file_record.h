@@ -1,27 +1,11 @@
 // The object behind the Java long of an open file.
 #pragma once
 
-#include <jni.h>
 #include <windows.h>
 
 #include <cstdint>
 
-#include "bridge/owners.h"
-
 namespace winutil::fileio {
-
-// A heap cell that holds one handle, INVALID_HANDLE_VALUE included; closes the handle and frees the cell.
-struct HandleCellKind {
-    using Value = HANDLE*;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value cell) noexcept {
-        if (*cell != INVALID_HANDLE_VALUE) {
-            CloseHandle(*cell);
-        }
-        std::free(static_cast<void*>(cell));
-    }
-};
-using HandleCell = Owned<HandleCellKind>;
 
 struct OpenFileRecord {
     wchar_t* path = nullptr;  // a copy of the path as given
@@ -34,10 +18,5 @@ struct OpenFileRecord {
 
     HANDLE handle() const noexcept { return *handleCell; }
 };
-
-// The record behind a Java long, or null for 0 and below, which no open method ever gave.
-inline OpenFileRecord* toRecord(jlong value) noexcept {
-    return value > 0 ? reinterpret_cast<OpenFileRecord*>(value) : nullptr;
-}
 
 }  // namespace winutil::fileio

@@ -1,9 +1,7 @@
 #include "fileio/preallocation.h"
 
-#include <cstdio>
 #include <cwchar>
 
-#include "bridge/errors.h"
 #include "bridge/optional_functions.h"
 #include "bridge/paths.h"
 #include "bridge/privileges.h"
@@ -27,14 +25,14 @@ bool moveTo(HANDLE file, std::int64_t position) noexcept {
     return SetFilePointerEx(file, distance, nullptr, FILE_BEGIN) != FALSE;
 }
 
-HandleCell openPreallocated(const wchar_t* path, std::int64_t length, std::int64_t start) noexcept {
+FileCell openPreallocated(const wchar_t* path, std::int64_t length, std::int64_t start) noexcept {
     ScopedPrivilege manageVolume("SeManageVolumePrivilege");
     manageVolume.enable();
-    HandleCell cell =
+    FileCell cell =
         createFileWithRetry(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                             OPEN_EXISTING, readOnlyFlags, nullptr);
-    if (!cell || *cell.get() == INVALID_HANDLE_VALUE ||
-        extendFile(*cell.get(), length, manageVolume.enabled()) || !moveTo(*cell.get(), start)) {
+    if (!isOpen(cell) || extendFile(*cell.get(), length, manageVolume.enabled()) ||
+        !moveTo(*cell.get(), start)) {
         cell.reset();
     }
     return cell;
@@ -55,9 +53,9 @@ std::optional<DWORD> extendFile(HANDLE file, std::int64_t size, bool validData) 
     return std::nullopt;
 }
 
-HandleCell openForReading(const wchar_t* path, std::int64_t length, std::int64_t start) noexcept {
+FileCell openForReading(const wchar_t* path, std::int64_t length, std::int64_t start) noexcept {
     if (length > 0 && !preallocatingOpenOff) {
-        HandleCell cell = openPreallocated(path, length, start);
+        FileCell cell = openPreallocated(path, length, start);
         if (cell) {
             return cell;
         }
@@ -66,14 +64,17 @@ HandleCell openForReading(const wchar_t* path, std::int64_t length, std::int64_t
                                readOnlyFlags, nullptr);
 }
 
-bool canExtendFile(const wchar_t* path) noexcept {
+std::optional<bool> canExtendFile(const wchar_t* path) noexcept {
     ScopedPrivilege manageVolume("SeManageVolumePrivilege");
     if (!manageVolume.enable()) {
         return false;
     }
-    HandleCell cell = createFileWithRetry(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                          CREATE_ALWAYS, FILE_FLAG_RANDOM_ACCESS, nullptr);
-    if (!cell || *cell.get() == INVALID_HANDLE_VALUE) {
+    FileCell cell = createFileWithRetry(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                        CREATE_ALWAYS, FILE_FLAG_RANDOM_ACCESS, nullptr);
+    if (!cell) {
+        return std::nullopt;
+    }
+    if (!isOpen(cell)) {
         return false;
     }
     const bool extended = moveTo(*cell.get(), probeSize) && SetEndOfFile(*cell.get()) &&
@@ -83,16 +84,14 @@ bool canExtendFile(const wchar_t* path) noexcept {
     return extended;
 }
 
-bool setEndOfFileInformation(JNIEnv* env, const OpenFileRecord* record, std::int64_t endOfFile) noexcept {
+bool setEndOfFileInformation(const OpenFileRecord* record, std::int64_t endOfFile,
+                             ErrorBuffer& errorBuffer) noexcept {
     const auto setInformation = optionalFunctions().ntSetInformationFile;
     if (setInformation == nullptr) {
         return false;
     }
-    ErrorBuffer message;
     if (record == nullptr) {
-        formatWin32Error(L"setFileEndOfFileInfo", ERROR_INVALID_HANDLE, message.text(),
-                         ErrorBuffer::capacity);
-        throwIOException(env, message.text());
+        errorBuffer.format(L"setFileEndOfFileInfo", ERROR_INVALID_HANDLE);
         return false;
     }
     IO_STATUS_BLOCK status = {};
@@ -104,14 +103,12 @@ bool setEndOfFileInformation(JNIEnv* env, const OpenFileRecord* record, std::int
     if (result >= 0) {
         return true;
     }
-    _snwprintf_s(message.text(), ErrorBuffer::capacity, _TRUNCATE,
-                 L"[WindowsUtil.setFileEndOfFileInfo] Failed to set the end of file position to %d",
-                 static_cast<int>(endOfFile));
-    const std::size_t length = std::wcslen(message.text());
+    errorBuffer.print(L"[WindowsUtil.setFileEndOfFileInfo] Failed to set the end of file position to %d",
+                      static_cast<int>(endOfFile));
+    const std::size_t length = std::wcslen(errorBuffer.text());
     FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_FROM_HMODULE, ntdllModule(),
                    static_cast<DWORD>(result), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
-                   message.text() + length, static_cast<DWORD>(ErrorBuffer::capacity - length), nullptr);
-    throwIOException(env, message.text());
+                   errorBuffer.text() + length, static_cast<DWORD>(ErrorBuffer::capacity - length), nullptr);
     return false;
 }
 

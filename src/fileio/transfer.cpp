@@ -1,30 +1,13 @@
 #include "fileio/transfer.h"
 
-#include <cstdio>
-
-#include "bridge/errors.h"
 #include "bridge/java_arrays.h"
 
 namespace winutil::fileio {
 
 namespace {
 
-// The message and the code of a failed call; code 0 and an empty message as long as nothing failed.
-struct Failure {
-    DWORD code = 0;
-    ErrorBuffer message;
-
-    void format(const wchar_t* tag) noexcept {
-        code = GetLastError();
-        formatWin32Error(tag, code, message.text(), ErrorBuffer::capacity);
-    }
-};
-
-void throwInvalidRecord(JNIEnv* env, const wchar_t* tag) noexcept {
-    ErrorBuffer message;
-    formatWin32Error(tag, ERROR_INVALID_HANDLE, message.text(), ErrorBuffer::capacity);
-    throwIOException(env, message.text());
-}
+constexpr wchar_t writeTag[] = L"WriteFile";
+constexpr wchar_t readTag[] = L"ReadFile";
 
 // The tests of a sector size being a power of two, as the callers' contract says: no division.
 bool isSectorMultiple(std::uintptr_t value, jint sectorSize) noexcept {
@@ -44,30 +27,26 @@ char* bufferAddress(JNIEnv* env, jobject buffer, jint offset) noexcept {
 }
 
 // That fewer bytes were written than asked for is not looked at; neither is the position changed.
-void writeBytes(const OpenFileRecord* record, const void* bytes, jint length, Failure& failure) noexcept {
+void writeBytes(const OpenFileRecord* record, const void* bytes, jint length,
+                ErrorBuffer& errorBuffer) noexcept {
     DWORD written = 0;
     if (!WriteFile(record->handle(), bytes, static_cast<DWORD>(length), &written, nullptr)) {
-        failure.format(L"WriteFile");
+        errorBuffer.format(writeTag, GetLastError());
     }
 }
 
-void throwWriteFailure(JNIEnv* env, Failure& failure) noexcept {
-    if (failure.code == ERROR_DISK_FULL) {
-        throwDiskFullException(env, failure.message.text());
-    } else if (!failure.message.empty()) {
-        throwIOException(env, failure.message.text());
+jint cannotRead(DWORD code, ErrorBuffer& errorBuffer) noexcept {
+    errorBuffer.format(readTag, code);
+    if (errorBuffer.empty()) {
+        errorBuffer.print(L"ReadFile failed with LastError code = %u", static_cast<unsigned>(code));
     }
+    return readFailed;
 }
 
-jint readBytes(OpenFileRecord* record, void* bytes, jint length, Failure& failure) noexcept {
+jint readBytes(OpenFileRecord* record, void* bytes, jint length, ErrorBuffer& errorBuffer) noexcept {
     DWORD count = 0;
     if (!ReadFile(record->handle(), bytes, static_cast<DWORD>(length), &count, nullptr)) {
-        failure.format(L"ReadFile");
-        if (failure.message.empty()) {
-            _snwprintf_s(failure.message.text(), ErrorBuffer::capacity, _TRUNCATE,
-                         L"ReadFile failed with LastError code = %u", static_cast<unsigned>(failure.code));
-        }
-        return readFailed;
+        return cannotRead(GetLastError(), errorBuffer);
     }
     if (count == 0) {
         return endOfFile;
@@ -76,115 +55,100 @@ jint readBytes(OpenFileRecord* record, void* bytes, jint length, Failure& failur
     return static_cast<jint>(count);
 }
 
-std::int64_t movePointer(JNIEnv* env, const OpenFileRecord* record, std::int64_t distance,
-                         DWORD method) noexcept {
+std::nullopt_t failed(const wchar_t* tag, DWORD code, ErrorBuffer& errorBuffer) noexcept {
+    errorBuffer.format(tag, code);
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> movePointer(const OpenFileRecord* record, std::int64_t distance, DWORD method,
+                                        ErrorBuffer& errorBuffer) noexcept {
     constexpr wchar_t tag[] = L"SetFilePointerEx";
     if (record == nullptr) {
-        throwInvalidRecord(env, tag);
-        return -1;
+        return failed(tag, ERROR_INVALID_HANDLE, errorBuffer);
     }
     LARGE_INTEGER move;
     move.QuadPart = distance;
     LARGE_INTEGER position;
     if (!SetFilePointerEx(record->handle(), move, &position, method)) {
-        Failure failure;
-        failure.format(tag);
-        throwIOException(env, failure.message.text());
-        return -1;
+        return failed(tag, GetLastError(), errorBuffer);
     }
     return position.QuadPart;
 }
 
 }  // namespace
 
-void writeArray(JNIEnv* env, const OpenFileRecord* record, jbyteArray data, jint offset,
-                jint length) noexcept {
+void writeArray(JNIEnv* env, const OpenFileRecord* record, jbyteArray data, jint offset, jint length,
+                ErrorBuffer& errorBuffer) noexcept {
     if (record == nullptr) {
-        return throwInvalidRecord(env, L"WriteFile");
+        return errorBuffer.format(writeTag, ERROR_INVALID_HANDLE);
     }
-    ByteElements elements(env, data, JNI_ABORT);
+    const ByteElements elements(env, data, JNI_ABORT);
     if (!elements) {
-        return;
+        return errorBuffer.format(writeTag, ERROR_NOT_ENOUGH_MEMORY);
     }
-    Failure failure;
-    writeBytes(record, elements.get() + offset, length, failure);
-    elements.release();
-    throwWriteFailure(env, failure);
+    writeBytes(record, elements.get() + offset, length, errorBuffer);
 }
 
 void writeBuffer(JNIEnv* env, const OpenFileRecord* record, jobject buffer, jint offset, jint length,
-                 jint sectorSize) noexcept {
+                 jint sectorSize, ErrorBuffer& errorBuffer) noexcept {
     if (record == nullptr) {
-        return throwInvalidRecord(env, L"WriteFile");
+        return errorBuffer.format(writeTag, ERROR_INVALID_HANDLE);
     }
-    Failure failure;
     const char* bytes = bufferAddress(env, buffer, offset);
     if (isUnbuffered(record) && !isSectorMultiple(static_cast<std::uintptr_t>(length), sectorSize)) {
-        _snwprintf_s(failure.message.text(), ErrorBuffer::capacity, _TRUNCATE,
-                     L"[WindowsUtil.write] Must write in multiple of disk sector size when opening in "
-                     L"FILE_FLAG_NO_BUFFERING, incorrect write size %d",
-                     static_cast<int>(length));
+        errorBuffer.print(
+            L"[WindowsUtil.write] Must write in multiple of disk sector size when opening in "
+            L"FILE_FLAG_NO_BUFFERING, incorrect write size %d",
+            static_cast<int>(length));
     } else {
-        writeBytes(record, bytes, length, failure);
+        writeBytes(record, bytes, length, errorBuffer);
     }
-    throwWriteFailure(env, failure);
 }
 
-jint readArray(JNIEnv* env, OpenFileRecord* record, jbyteArray data, jint offset, jint length) noexcept {
+jint readArray(JNIEnv* env, OpenFileRecord* record, jbyteArray data, jint offset, jint length,
+               ErrorBuffer& errorBuffer) noexcept {
     if (record == nullptr) {
-        throwInvalidRecord(env, L"ReadFile");
-        return readFailed;
+        return cannotRead(ERROR_INVALID_HANDLE, errorBuffer);
     }
-    ByteElements elements(env, data, 0);
+    const ByteElements elements(env, data, 0);
     if (!elements) {
-        return readFailed;
+        return cannotRead(ERROR_NOT_ENOUGH_MEMORY, errorBuffer);
     }
-    Failure failure;
-    const jint result = readBytes(record, elements.get() + offset, length, failure);
-    elements.release();
-    if (!failure.message.empty()) {
-        throwIOException(env, failure.message.text());
-    }
-    return result;
+    return readBytes(record, elements.get() + offset, length, errorBuffer);
 }
 
 jint readBuffer(JNIEnv* env, OpenFileRecord* record, jobject buffer, jint offset, jint length,
-                jint sectorSize) noexcept {
+                jint sectorSize, ErrorBuffer& errorBuffer) noexcept {
     if (record == nullptr) {
-        throwInvalidRecord(env, L"ReadFile");
-        return readFailed;
+        return cannotRead(ERROR_INVALID_HANDLE, errorBuffer);
     }
-    Failure failure;
     char* bytes = bufferAddress(env, buffer, offset);
-    const jint result = readBytes(record, bytes, length, failure);
-    if (failure.message.empty()) {
-        return result;
-    }
-    // The last error is asked for again, behind the formatting of the message, and not taken from the
-    // failure.
-    if (GetLastError() == ERROR_INVALID_PARAMETER &&
+    const jint result = readBytes(record, bytes, length, errorBuffer);
+    // Required: the last error is asked for again, behind the formatting of the message, because the end is
+    // told by the code that is left then, and not by that of the read.
+    if (result == readFailed && GetLastError() == ERROR_INVALID_PARAMETER &&
         isSectorMultiple(reinterpret_cast<std::uintptr_t>(bytes), sectorSize) &&
         isSectorMultiple(static_cast<std::uintptr_t>(length), sectorSize) &&
         record->position == record->fileSize) {
         return endOfFile;
     }
-    throwIOException(env, failure.message.text());
     return result;
 }
 
-std::int64_t seek(JNIEnv* env, const OpenFileRecord* record, std::int64_t position) noexcept {
-    return movePointer(env, record, position, FILE_BEGIN);
+std::optional<std::int64_t> seek(const OpenFileRecord* record, std::int64_t position,
+                                 ErrorBuffer& errorBuffer) noexcept {
+    return movePointer(record, position, FILE_BEGIN, errorBuffer);
 }
 
-std::int64_t filePosition(JNIEnv* env, const OpenFileRecord* record) noexcept {
-    return movePointer(env, record, 0, FILE_CURRENT);
+std::optional<std::int64_t> filePosition(const OpenFileRecord* record, ErrorBuffer& errorBuffer) noexcept {
+    return movePointer(record, 0, FILE_CURRENT, errorBuffer);
 }
 
-std::int64_t skip(JNIEnv* env, const OpenFileRecord* record, std::int64_t distance) noexcept {
+std::optional<std::int64_t> skip(const OpenFileRecord* record, std::int64_t distance,
+                                 ErrorBuffer& errorBuffer) noexcept {
     constexpr wchar_t tag[] = L"SetFilePointer";
     if (record == nullptr) {
-        throwInvalidRecord(env, tag);
-        return -1;
+        return failed(tag, ERROR_INVALID_HANDLE, errorBuffer);
     }
     LARGE_INTEGER position;
     position.QuadPart = distance;
@@ -193,24 +157,19 @@ std::int64_t skip(JNIEnv* env, const OpenFileRecord* record, std::int64_t distan
     position.LowPart = SetFilePointer(record->handle(), static_cast<LONG>(position.LowPart),
                                       &position.HighPart, FILE_CURRENT);
     if (position.LowPart == INVALID_SET_FILE_POINTER && GetLastError() != ERROR_SUCCESS) {
-        Failure failure;
-        failure.format(tag);
-        throwIOException(env, failure.message.text());
-        return -1;
+        return failed(tag, GetLastError(), errorBuffer);
     }
     return position.QuadPart;
 }
 
-std::int64_t fileSize(JNIEnv* env, const OpenFileRecord* record) noexcept {
+std::optional<std::int64_t> fileSize(const OpenFileRecord* record, ErrorBuffer& errorBuffer) noexcept {
     if (record == nullptr) {
-        throwInvalidRecord(env, L"GetFileSizeEx");
-        return 0;
+        return failed(L"GetFileSizeEx", ERROR_INVALID_HANDLE, errorBuffer);
     }
     LARGE_INTEGER size;
     if (!GetFileSizeEx(record->handle(), &size)) {
-        // The message stays empty, and is meant to: callers know this failure by it.
-        throwIOException(env, L"");
-        return 0;
+        // Required: the message stays empty, because callers know this failure by it.
+        return std::nullopt;
     }
     return size.QuadPart;
 }

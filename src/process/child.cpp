@@ -2,11 +2,8 @@
 
 #include <userenv.h>
 
-#include <optional>
-
-#include "bridge/errors.h"
+#include "bridge/handle_cell.h"
 #include "bridge/java_arrays.h"
-#include "process/handle_cell.h"
 
 namespace winutil::process {
 
@@ -15,38 +12,19 @@ namespace {
 constexpr jint endOfStream = -1;
 
 // The message begins with a blank: in front of it is the place of a text that these methods do not have.
-void throwFailure(JNIEnv* env, const wchar_t* tag, DWORD code) noexcept {
-    ErrorBuffer message;
-    formatWin32Error(L"", tag, code, message.text(), ErrorBuffer::capacity);
-    throwIOException(env, message.text());
-}
-
-struct ReadResult {
-    jint count = 0;
-    std::optional<DWORD> failure = std::nullopt;  // its code, which can be 0
-};
-
-ReadResult readBytes(HANDLE pipe, jbyte* bytes, jint length) noexcept {
-    DWORD count = 0;
-    if (ReadFile(pipe, bytes, static_cast<DWORD>(length), &count, nullptr)) {
-        return {.count = count == 0 ? endOfStream : static_cast<jint>(count)};
-    }
-    const DWORD code = GetLastError();
-    if (code == ERROR_HANDLE_EOF || code == ERROR_BROKEN_PIPE) {
-        return {.count = endOfStream};
-    }
-    return {.failure = code};
+void fail(const wchar_t* tag, DWORD code, ErrorBuffer& errorBuffer) noexcept {
+    errorBuffer.format(L"", tag, code);
 }
 
 }  // namespace
 
 void closeCell(HANDLE* cell) noexcept {
-    const HandleCell closed(cell);
+    const KernelCell closed(cell);
 }
 
 void unloadProfile(HANDLE* tokenCell, HANDLE* profileCell) noexcept {
     const HeapMemory<HANDLE> profile(profileCell);
-    const HandleCell token(tokenCell);
+    const KernelCell token(tokenCell);
     if (token && profile) {
         // Whether it succeeds is not looked at.
         UnloadUserProfile(*token.get(), *profile.get());
@@ -57,46 +35,52 @@ DWORD waitForEnd(const HANDLE* cell) noexcept {
     return cell == nullptr ? WAIT_FAILED : WaitForSingleObject(*cell, INFINITE);
 }
 
-DWORD exitCode(JNIEnv* env, const HANDLE* cell) noexcept {
+DWORD exitCode(const HANDLE* cell, ErrorBuffer& errorBuffer) noexcept {
     constexpr wchar_t tag[] = L"[WindowsUtil:exitValue]";
     if (cell == nullptr) {
-        throwFailure(env, tag, ERROR_INVALID_HANDLE);
+        fail(tag, ERROR_INVALID_HANDLE, errorBuffer);
         return 0;
     }
     DWORD code = 0;
     if (!GetExitCodeProcess(*cell, &code)) {
-        throwFailure(env, tag, GetLastError());
+        fail(tag, GetLastError(), errorBuffer);
         return 0;
     }
     return code;
 }
 
-void endChild(JNIEnv* env, const HANDLE* cell) noexcept {
-    // Not the class's name, unlike the other tags, deliberately.
+void endChild(const HANDLE* cell, ErrorBuffer& errorBuffer) noexcept {
+    // Required: not the class's name, unlike the other tags, because callers know this failure by it.
     constexpr wchar_t tag[] = L"[WinUtil:endProcess]";
     if (cell == nullptr) {
-        throwFailure(env, tag, ERROR_INVALID_HANDLE);
+        fail(tag, ERROR_INVALID_HANDLE, errorBuffer);
     } else if (!TerminateProcess(*cell, 0)) {
-        throwFailure(env, tag, GetLastError());
+        fail(tag, GetLastError(), errorBuffer);
     }
 }
 
-jint readOutput(JNIEnv* env, const HANDLE* cell, jbyteArray buffer, jint offset, jint length) noexcept {
+jint readOutput(JNIEnv* env, const HANDLE* cell, jbyteArray buffer, jint offset, jint length,
+                ErrorBuffer& errorBuffer) noexcept {
     constexpr wchar_t tag[] = L"[WindowsUtil:readHandle]";
     if (cell == nullptr) {
-        throwFailure(env, tag, ERROR_INVALID_HANDLE);
+        fail(tag, ERROR_INVALID_HANDLE, errorBuffer);
         return 0;
     }
-    ByteElements elements(env, buffer, 0);
+    const ByteElements elements(env, buffer, 0);
     if (!elements) {
+        fail(tag, ERROR_NOT_ENOUGH_MEMORY, errorBuffer);
         return 0;
     }
-    const ReadResult result = readBytes(*cell, elements.get() + offset, length);
-    elements.release();
-    if (result.failure) {
-        throwFailure(env, tag, *result.failure);
+    DWORD count = 0;
+    if (ReadFile(*cell, elements.get() + offset, static_cast<DWORD>(length), &count, nullptr)) {
+        return count == 0 ? endOfStream : static_cast<jint>(count);
     }
-    return result.count;
+    const DWORD code = GetLastError();
+    if (code == ERROR_HANDLE_EOF || code == ERROR_BROKEN_PIPE) {
+        return endOfStream;
+    }
+    fail(tag, code, errorBuffer);
+    return 0;
 }
 
 }  // namespace winutil::process

@@ -1,4 +1,3 @@
-// Messages of failed steps.
 #pragma once
 
 #include <windows.h>
@@ -7,26 +6,14 @@
 
 namespace winutil::process {
 
-// The message of a step. It is made by wsprintfW, which shows a null text as "(null)" and cuts what runs past
-// 1024 characters.
-class StepMessage {
-public:
-    template <class... Values>
-    explicit StepMessage(const wchar_t* format, Values... values) noexcept {
-        wsprintfW(text_, format, values...);
-    }
-    const wchar_t* get() const noexcept { return text_; }
-
-private:
-    // One character more: not every system terminates what it cuts.
-    wchar_t text_[1024 + 1] = {};
-};
-
-// Writes why a step failed, as "message  (code) system text". Returns false, as the step does.
+// Leaves why a step failed, as "message  (code) system text". Returns false, as the step does. The message is
+// made by wsprintfW, which shows a null text as "(null)" and cuts what runs past 1024 characters.
 template <class... Values>
-bool failed(ErrorBuffer& failure, DWORD code, const wchar_t* format, Values... values) noexcept {
-    const StepMessage message(format, values...);
-    formatWin32Error(message.get(), L"", code, failure.text(), ErrorBuffer::capacity);
+bool failed(ErrorBuffer& errorBuffer, DWORD code, const wchar_t* format, Values... values) noexcept {
+    // One character more: not every system terminates what it cuts.
+    wchar_t message[1024 + 1] = {};
+    wsprintfW(message, format, values...);
+    errorBuffer.format(message, L"", code);
     return false;
 }
 

@@ -1,5 +1,7 @@
 #include "process/java_process.h"
 
+#include "bridge/java_calls.h"
+#include "bridge/java_values.h"
 #include "process/java_lookups.h"
 
 namespace winutil::process {
@@ -15,17 +17,17 @@ struct JavaPipes {
 LocalRef<> newJavaPipe(JNIEnv* env, jclass type, jmethodID constructor, HANDLE* cell,
                        const KernelHandle& readEnd) noexcept {
     *cell = readEnd.get();
-    return {env, env->NewObject(type, constructor, toJava(cell))};
+    return newObject(env, type, constructor, toJavaHandle(cell));
 }
 
-JavaPipes newJavaPipes(JNIEnv* env, const wchar_t* tag, const LaunchCells& cells,
-                       const OutputPipes& pipes) noexcept {
-    const LocalRef type = requireClass(env, tag, java_class::winPipe);
+JavaPipes newJavaPipes(JNIEnv* env, const wchar_t* tag, const LaunchCells& cells, const OutputPipes& pipes,
+                       ErrorBuffer& errorBuffer) noexcept {
+    const LocalRef type = requireClass(env, tag, java_class::winPipe, errorBuffer);
     if (!type) {
         return {};
     }
     const jmethodID constructor =
-        requireConstructor(env, tag, type.get(), java_class::winPipe, java_method::newWinPipe);
+        requireConstructor(env, tag, type.get(), java_class::winPipe, java_method::newWinPipe, errorBuffer);
     if (constructor == nullptr) {
         return {};
     }
@@ -39,30 +41,29 @@ JavaPipes newJavaPipes(JNIEnv* env, const wchar_t* tag, const LaunchCells& cells
 
 }  // namespace
 
-jobject newJavaProcess(JNIEnv* env, const wchar_t* tag, const LaunchCells& cells,
-                       OutputPipes& pipes) noexcept {
-    const JavaPipes javaPipes = newJavaPipes(env, tag, cells, pipes);
+jobject newJavaProcess(JNIEnv* env, const wchar_t* tag, const LaunchCells& cells, OutputPipes& pipes,
+                       ErrorBuffer& errorBuffer) noexcept {
+    const JavaPipes javaPipes = newJavaPipes(env, tag, cells, pipes, errorBuffer);
     if (!javaPipes.output || !javaPipes.error) {
         return nullptr;
     }
-    const LocalRef type = requireClass(env, tag, java_class::winProcess);
+    const LocalRef type = requireClass(env, tag, java_class::winProcess, errorBuffer);
     if (!type) {
         return nullptr;
     }
-    const jmethodID constructor =
-        requireConstructor(env, tag, type.get(), java_class::winProcess, java_method::newWinProcess);
+    const jmethodID constructor = requireConstructor(env, tag, type.get(), java_class::winProcess,
+                                                     java_method::newWinProcess, errorBuffer);
     if (constructor == nullptr) {
         return nullptr;
     }
-    // Standard error comes first: the order of the constructor's parameters.
-    const jobject process =
-        env->NewObject(type.get(), constructor, toJava(cells.process), javaPipes.error.get(),
-                       javaPipes.output.get(), toJava(cells.token), toJava(cells.profile));
-    if (process != nullptr) {
+    // Required: standard error comes first, because the constructor takes it so.
+    LocalRef<> process = newObject(env, type.get(), constructor, toJavaHandle(cells.process), javaPipes.error,
+                                   javaPipes.output, toJavaHandle(cells.token), toJavaHandle(cells.profile));
+    if (process) {
         pipes.output.readEnd.release();
         pipes.error.readEnd.release();
     }
-    return process;
+    return process.release();
 }
 
 }  // namespace winutil::process

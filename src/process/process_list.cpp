@@ -7,8 +7,8 @@
 
 #include <cwchar>
 
-#include "bridge/java_classes.h"
-#include "bridge/java_strings.h"
+#include "bridge/arguments.h"
+#include "bridge/java_calls.h"
 #include "bridge/token_user.h"
 #include "process/failure.h"
 #include "process/java_lookups.h"
@@ -54,51 +54,28 @@ bool findOwner(DWORD processId, Owner& owner) noexcept {
 // Returns false when a Java exception is pending.
 bool addRecord(JNIEnv* env, const ProcessList& target, const PROCESSENTRY32W& entry,
                const Owner& owner) noexcept {
-    const LocalRef name(env, newJavaString(env, entry.szExeFile));
-    if (!name) {
-        return false;
-    }
-    const LocalRef account(env, newJavaString(env, owner.account));
-    if (!account) {
-        return false;
-    }
-    const LocalRef domain(env, newJavaString(env, owner.domain));
-    if (!domain) {
-        return false;
-    }
-    const LocalRef record(
-        env, env->NewObject(target.recordType, target.newRecord, name.get(), jlong{entry.th32ProcessID},
-                            jlong{owner.session}, account.get(), domain.get()));
-    if (!record) {
-        return false;
-    }
-    env->CallBooleanMethod(target.list, target.add, record.get());
-    return !exceptionPending(env);
+    const LocalRef record =
+        newObject(env, target.recordType, target.newRecord, entry.szExeFile, jlong{entry.th32ProcessID},
+                  jlong{owner.session}, owner.account, owner.domain);
+    return record && addItem(env, target.list, target.add, record);
 }
 
 bool isWanted(const PROCESSENTRY32W& entry, const wchar_t* filter) noexcept {
     return filter == nullptr || filter[0] == L'\0' || _wcsicmp(filter, entry.szExeFile) == 0;
 }
 
-void throwFailure(JNIEnv* env, DWORD code, const wchar_t* format) noexcept {
-    ErrorBuffer failure;
-    failed(failure, code, format, tag);
-    throwIOException(env, failure.text());
-}
-
-// Returns false when a Java exception is pending.
-bool addProcesses(JNIEnv* env, const ProcessList& target, const wchar_t* filter) noexcept {
+// Returns false with the reason in `errorBuffer` or a Java exception pending.
+bool addProcesses(JNIEnv* env, const ProcessList& target, const wchar_t* filter,
+                  ErrorBuffer& errorBuffer) noexcept {
     const FileHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     if (!snapshot) {
-        throwFailure(env, GetLastError(), L"%s Failed to CreateToolhelp32Snapshot");
-        return false;
+        return failed(errorBuffer, GetLastError(), L"%s Failed to CreateToolhelp32Snapshot", tag);
     }
     PROCESSENTRY32W entry = {};
     static_assert(sizeof(entry) == 568);
     entry.dwSize = sizeof(entry);
     if (!Process32FirstW(snapshot.get(), &entry)) {
-        throwFailure(env, GetLastError(), L"%s Failed to Process32First");
-        return false;
+        return failed(errorBuffer, GetLastError(), L"%s Failed to Process32First", tag);
     }
     do {
         Owner owner;
@@ -112,7 +89,7 @@ bool addProcesses(JNIEnv* env, const ProcessList& target, const wchar_t* filter)
 
 }  // namespace
 
-jobject listProcesses(JNIEnv* env, jstring executableName) noexcept {
+jobject listProcesses(JNIEnv* env, jstring executableName, ErrorBuffer& errorBuffer) noexcept {
     const LocalRef listType(env, env->FindClass(java_class::arrayList));
     const jmethodID add = listType ? findMethod(env, listType.get(), java_method::add) : nullptr;
     const jmethodID newList =
@@ -121,7 +98,7 @@ jobject listProcesses(JNIEnv* env, jstring executableName) noexcept {
         env->ExceptionClear();
         return nullptr;
     }
-    const LocalRef recordType = requireClass(env, tag, java_class::winProcessInfo);
+    const LocalRef recordType = requireClass(env, tag, java_class::winProcessInfo, errorBuffer);
     if (!recordType) {
         return nullptr;
     }
@@ -130,20 +107,18 @@ jobject listProcesses(JNIEnv* env, jstring executableName) noexcept {
         env->ExceptionClear();
         return nullptr;
     }
-    LocalRef list(env, env->NewObject(listType.get(), newList));
+    LocalRef<> list = newObject(env, listType.get(), newList);
     if (!list) {
         return nullptr;
     }
-    WideString filter;
-    if (executableName != nullptr) {
-        filter = toWideString(env, executableName);
-        if (!filter) {
-            return nullptr;
-        }
+    const Arguments filter(env, wide(executableName));
+    if (!filter) {
+        failed(errorBuffer, ERROR_NOT_ENOUGH_MEMORY, L"%s", tag);
+        return nullptr;
     }
     const ProcessList target = {
         .list = list.get(), .add = add, .recordType = recordType.get(), .newRecord = newRecord};
-    return addProcesses(env, target, filter.get()) ? list.release() : nullptr;
+    return addProcesses(env, target, filter.get<0>(), errorBuffer) ? list.release() : nullptr;
 }
 
 }  // namespace winutil::process

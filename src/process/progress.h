@@ -5,6 +5,7 @@
 
 #include "bridge/errors.h"
 #include "bridge/standard_output.h"
+#include "process/process_id.h"
 
 namespace winutil::process {
 
@@ -24,9 +25,9 @@ public:
     }
 
     // Prints why a method ends, and writes it with the system's text of the code. Returns false.
-    bool fail(ErrorBuffer& failure, DWORD code, const wchar_t* message) const noexcept {
+    bool fail(ErrorBuffer& errorBuffer, DWORD code, const wchar_t* message) const noexcept {
         print(L"%s %s\n", message);
-        formatWin32Error(message, L"", code, failure.text(), ErrorBuffer::capacity);
+        errorBuffer.format(message, L"", code);
         return false;
     }
 
@@ -41,8 +42,8 @@ private:
 // The message of a step on a process, with its id in it.
 class ProcessMessage {
 public:
-    ProcessMessage(const wchar_t* format, DWORD processId) noexcept {
-        _snwprintf_s(text_, std::size(text_), _TRUNCATE, format, static_cast<int>(processId));
+    ProcessMessage(const wchar_t* format, ProcessId process) noexcept {
+        _snwprintf_s(text_, std::size(text_), _TRUNCATE, format, process.number());
     }
     const wchar_t* get() const noexcept { return text_; }
 

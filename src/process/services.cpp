@@ -11,49 +11,32 @@ namespace winutil::process {
 
 namespace {
 
-constexpr wchar_t tag[] = L"[WindowsUtil:getServiceStatus]";
-
 // The service manager, or a service.
-struct ServiceHandleKind {
-    using Value = SC_HANDLE;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { CloseServiceHandle(value); }
-};
-using ServiceHandle = Owned<ServiceHandleKind>;
+using ServiceHandle = Resource<SC_HANDLE, CloseServiceHandle>;
 
-bool queryState(const wchar_t* name, DWORD& state, ErrorBuffer& failure) noexcept {
-    if (name == nullptr) {
-        return failed(failure, ERROR_NOT_ENOUGH_MEMORY, L"%s", tag);
-    }
+bool stepFailed(DWORD code, const wchar_t* step, ErrorBuffer& errorBuffer) noexcept {
+    return failed(errorBuffer, code, L"%s %s failed.", serviceTag, step);
+}
+
+}  // namespace
+
+bool isServiceRunning(const wchar_t* name, ErrorBuffer& errorBuffer) noexcept {
     const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     if (!manager) {
-        return failed(failure, GetLastError(), L"%s OpenSCManager failed.", tag);
+        return stepFailed(GetLastError(), L"OpenSCManager", errorBuffer);
     }
     const ServiceHandle service(OpenServiceW(manager.get(), name, SERVICE_QUERY_STATUS));
     if (!service) {
-        return failed(failure, GetLastError(), L"%s OpenService failed.", tag);
+        return stepFailed(GetLastError(), L"OpenService", errorBuffer);
     }
     SERVICE_STATUS_PROCESS status = {};
     static_assert(sizeof(status) == 36);
     DWORD needed = 0;
     if (!QueryServiceStatusEx(service.get(), SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
                               sizeof(status), &needed)) {
-        return failed(failure, GetLastError(), L"%s QueryServiceStatusEx failed.", tag);
+        return stepFailed(GetLastError(), L"QueryServiceStatusEx", errorBuffer);
     }
-    state = status.dwCurrentState;
-    return true;
-}
-
-}  // namespace
-
-bool isServiceRunning(JNIEnv* env, const wchar_t* name) noexcept {
-    DWORD state = 0;
-    ErrorBuffer failure;
-    if (!queryState(name, state, failure)) {
-        throwIOException(env, failure.text());
-        return false;
-    }
-    return state == SERVICE_RUNNING;
+    return status.dwCurrentState == SERVICE_RUNNING;
 }
 
 }  // namespace winutil::process

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <jni.h>
+#include "bridge/errors.h"
 
 namespace winutil::process {
 
-// Returns whether a service is running; false, with an IOException pending, when that cannot be told. A null
-// name is one that there was no memory for.
-bool isServiceRunning(JNIEnv* env, const wchar_t* name) noexcept;
+inline constexpr wchar_t serviceTag[] = L"[WindowsUtil:getServiceStatus]";
+
+// Returns whether a service is running; false, with the reason in `errorBuffer`, when that cannot be told.
+bool isServiceRunning(const wchar_t* name, ErrorBuffer& errorBuffer) noexcept;
 
 }  // namespace winutil::process

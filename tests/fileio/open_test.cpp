@@ -282,6 +282,9 @@ TEST_F(OpenTest, SaysThatThereIsNoTextForACodeWithoutOne) {
     EXPECT_EQ(java.takeException(), ioException(L"[openFile] (805306367) Failed to obtain error message"));
 }
 
+// Of an open it would be a DiskFullException.
+constexpr DWORD sizeFailure = ERROR_DISK_FULL;
+
 // The required leak: the record, the copy of its path, the cell and the open handle.
 class LeftRecordTest : public OpenTest {
 protected:
@@ -296,7 +299,7 @@ protected:
     HANDLE left = INVALID_HANDLE_VALUE;
     Replacement size = REPLACE(GetFileSizeEx, [this](HANDLE file, PLARGE_INTEGER) -> BOOL {
         left = file;
-        SetLastError(ERROR_INVALID_FUNCTION);
+        SetLastError(sizeFailure);
         return FALSE;
     });
 };
@@ -306,13 +309,13 @@ TEST_F(LeftRecordTest, StaysWhenTheSizeOfAnOpenedFileCannotBeRead) {
 
     EXPECT_EQ(NATIVE(openFile)(folder() / L"file"), 0);
 
-    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"GetFileSizeEx", ERROR_INVALID_FUNCTION)));
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"GetFileSizeEx", sizeFailure)));
 }
 
 TEST_F(LeftRecordTest, StaysWhenTheSizeOfACreatedFileCannotBeRead) {
     EXPECT_EQ(create(folder() / L"file", genericRead, CREATE_ALWAYS, 0, 0), 0);
 
-    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"GetFileSizeEx", ERROR_INVALID_FUNCTION)));
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"GetFileSizeEx", sizeFailure)));
 }
 
 TEST_F(LeftRecordTest, StaysWithoutThePrivilegeOfAPreallocation) {
@@ -321,7 +324,7 @@ TEST_F(LeftRecordTest, StaysWithoutThePrivilegeOfAPreallocation) {
     EXPECT_EQ(create(folder() / L"file", genericRead, CREATE_ALWAYS, 0, 4096), 0);
 
     EXPECT_EQ(steps.taken().back(), privilegeOff);
-    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"GetFileSizeEx", ERROR_INVALID_FUNCTION)));
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"GetFileSizeEx", sizeFailure)));
 }
 
 TEST_F(OpenTest, FailsCleanlyWhereverMemoryRunsOut) {
@@ -335,12 +338,45 @@ TEST_F(OpenTest, FailsCleanlyWhereverMemoryRunsOut) {
     }
 }
 
-TEST_F(OpenTest, LeavesTheJvmsOwnErrorWhereItHasNoMemoryForThePath) {
+TEST_F(OpenTest, HandsTheSystemNoNullWhereThereIsNoMemoryForTheLongForm) {
+    const auto fail = failOpens(ERROR_PATH_NOT_FOUND);
+    {
+        const auto allocation = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
+
+        EXPECT_EQ(NATIVE(openFile)(L"C:\\file"), 0);
+
+        EXPECT_EQ(java.takeException(), ioException(errorMessage(L"openFile", ERROR_NOT_ENOUGH_MEMORY)));
+    }
+    const auto allocation = system().failCall("malloc", 2, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_EQ(create(L"C:\\file", genericRead, OPEN_EXISTING, 0, 0), 0);
+
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"createFileN", ERROR_NOT_ENOUGH_MEMORY)));
+    EXPECT_EQ(opens.size(), 2u);
+}
+
+TEST_F(OpenTest, WaitsNoLongerForASharingViolationOnceMemoryIsGone) {
+    const auto fail = failOpens(ERROR_SHARING_VIOLATION);
+    const auto sleep = system().answer("Sleep", 0);
+    // The cell, and the long form of each round.
+    const auto allocation = system().failCall("malloc", 4, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_EQ(NATIVE(openFile)(L"C:\\busy"), 0);
+
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"openFile", ERROR_NOT_ENOUGH_MEMORY)));
+    EXPECT_EQ(sleep.count(), 2u);
+    EXPECT_EQ(opens.size(), 5u);
+}
+
+TEST_F(OpenTest, RaisesCodeEightWhereTheJvmHasNoMemoryForThePath) {
     java.failCall("GetStringChars");
-
     EXPECT_EQ(NATIVE(openFile)(L"C:\\file"), 0);
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"openFile", ERROR_NOT_ENOUGH_MEMORY)));
 
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    java.failCall("GetStringChars");
+    EXPECT_EQ(create(L"C:\\file", genericRead, CREATE_ALWAYS, 0, 0), 0);
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"createFileN", ERROR_NOT_ENOUGH_MEMORY)));
+    EXPECT_EQ(system().count("CreateFileW"), 0u);
 }
 
 TEST_F(OpenTest, ClosesAFileOnceAndFreesItsRecord) {

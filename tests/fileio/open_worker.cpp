@@ -10,7 +10,7 @@ EXPORTED HANDLE* open(const wchar_t* path, std::int64_t length, std::int64_t sta
 }
 
 EXPORTED void close(HANDLE* cell) {
-    const HandleCell owner(cell);
+    const winutil::FileCell owner(cell);
 }
 
 EXPORTED void switchPreallocationOff() {

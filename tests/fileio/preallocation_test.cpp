@@ -244,6 +244,20 @@ TEST_F(PreallocationTest, SaysThatAFileCannotBeExtendedWhereItCannotBeMade) {
     EXPECT_THAT(steps.taken(), ElementsAre(privilegeOn, privilegeOff));
 }
 
+TEST_F(PreallocationTest, DoesNotSayWhetherAFileCanBeExtendedWithoutMemory) {
+    // The cell of the file; the long form of a path that cannot be opened as it is.
+    for (std::size_t k = 1; k <= 2; ++k) {
+        PreallocationSteps steps(system());
+        const auto fail = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
+
+        EXPECT_FALSE(NATIVE(isSupportExtendFileSize)(folder() / L"missing\\probe"));
+
+        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << "allocation " << k;
+        EXPECT_THAT(steps.taken(), ElementsAre(privilegeOn, privilegeOff));
+    }
+    EXPECT_EQ(system().count("CreateFileW"), 1u);
+}
+
 struct ProbeFailure {
     const char* function;
     std::vector<std::string> steps;  // the failing one left out

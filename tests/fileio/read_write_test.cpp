@@ -76,16 +76,16 @@ TEST_F(ReadWriteTest, TakesAShortWriteForAWholeOne) {
     NATIVE(write__J_3BII)(record, java.byteArray({'a', 'b'}), 0, 2);
 }
 
-TEST_F(ReadWriteTest, LeavesTheJvmsErrorWhenItHasNoMemoryForTheElements) {
+TEST_F(ReadWriteTest, RaisesCodeEightWhenTheJvmHasNoMemoryForTheElements) {
     open("xyz");
     const JavaObject array = java.byteArray({'a'});
     java.failCall("GetByteArrayElements");
     EXPECT_EQ(NATIVE(read__J_3BII)(record, array, 0, 1), -2);
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"ReadFile", ERROR_NOT_ENOUGH_MEMORY)));
 
     java.failCall("GetByteArrayElements");
     NATIVE(write__J_3BII)(record, array, 0, 1);
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(java.takeException(), ioException(errorMessage(L"WriteFile", ERROR_NOT_ENOUGH_MEMORY)));
     EXPECT_EQ(system().count("ReadFile") + system().count("WriteFile"), 0u);
 }
 

@@ -149,6 +149,21 @@ TEST_F(CommandLineTest, TellsThatThereIsNoSuchProcess) {
               ioException(stepMessage(L"Failed to open process(2147483632)\n", ERROR_INVALID_PARAMETER)));
 }
 
+TEST_F(CommandLineTest, TakesAnIdBeyond32BitsForNoProcess) {
+    EXPECT_FALSE(NATIVE(getProcessCommandLineArguments)(0x1'0000'04D2, true));
+
+    EXPECT_EQ(java.takeException(),
+              ioException(stepMessage(L"Failed to open process(4294968530)\n", ERROR_INVALID_PARAMETER)));
+    EXPECT_THAT(printed(), ElementsAre(tag + L" Open process (4294968530)\n",
+                                       tag + L" Failed to open process(4294968530)\n\n"));
+
+    EXPECT_FALSE(NATIVE(getProcessCommandLineArguments)(-1, false));
+
+    EXPECT_EQ(java.takeException(),
+              ioException(stepMessage(L"Failed to open process(-1)\n", ERROR_INVALID_PARAMETER)));
+    EXPECT_EQ(system().count("OpenProcess"), 0u);
+}
+
 TEST_F(CommandLineTest, ReadsTheBlocksThatLeadToItAndPrintsNothingUnasked) {
     pretend(L"C:\\a.exe", L"a.exe /b");
 

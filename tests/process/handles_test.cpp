@@ -275,7 +275,8 @@ TEST_F(HandleTest, ReadHandleReadsNothingWithoutMemoryForTheArray) {
 
     EXPECT_EQ(NATIVE(readHandle)(borrowedCell(handle), java.byteArray({0}), 0, 1), 0);
 
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(java.takeException(),
+              ioException(tagMessage(L"[WindowsUtil:readHandle]", ERROR_NOT_ENOUGH_MEMORY)));
     EXPECT_EQ(read.count(), 0u);
 }
 

@@ -160,10 +160,10 @@ TEST_F(LaunchFailure, ShowsNullStrings) {
     ledger().expectLeft("DuplicateTokenEx");
     {
         const auto start = system().answer("CreateProcessAsUserW", FALSE, anyCode);
-        EXPECT_FALSE(NATIVE(createProcessAsUserN)(nullptr, nullptr, nullptr, nullptr, L"d", L"u", L"p"));
+        EXPECT_FALSE(NATIVE(createProcessAsUserN)(L"a", nullptr, nullptr, nullptr, L"d", L"u", L"p"));
     }
     const std::wstring start =
-        L" Failed to CreateProcessAsUserW for wcAppName='(null)' wcArguments='(null)' wcWorkingDir='(null)'.";
+        L" Failed to CreateProcessAsUserW for wcAppName='a' wcArguments='(null)' wcWorkingDir='(null)'.";
     EXPECT_EQ(java.takeException(), ioException(stepMessage(userTag + start, anyCode)));
     forgetPipes();
     const auto logon = system().answer("LogonUserW", FALSE, ERROR_LOGON_FAILURE);
@@ -172,6 +172,32 @@ TEST_F(LaunchFailure, ShowsNullStrings) {
 
     const std::wstring step = L" Failed to LogonUserW for wcDomain='(null)' username='(null)'.";
     EXPECT_EQ(java.takeException(), ioException(stepMessage(userTag + step, ERROR_LOGON_FAILURE)));
+}
+
+// Neither a program nor a command line: the system would not survive the call.
+const std::wstring nothingToStart =
+    L" Failed to CreateProcessAsUserW for wcAppName='(null)' wcArguments='(null)' wcWorkingDir='C:\\w'.";
+
+TEST_F(LaunchFailure, StartsNothingForAnAccountWhereThereIsNothingToStart) {
+    ledger().expectLeft("calloc", 5);
+    ledger().expectLeft("DuplicateTokenEx");
+
+    EXPECT_FALSE(NATIVE(createProcessAsUserN)(nullptr, nullptr, nullptr, L"C:\\w", L"d", L"u", L"p"));
+
+    EXPECT_EQ(java.takeException(), ioException(stepMessage(userTag + nothingToStart, 87)));
+    EXPECT_EQ(system().count("CreateProcessAsUserW"), 0u);
+    EXPECT_EQ(events.at(events.size() - 2), "ImpersonateLoggedOnUser");
+    EXPECT_EQ(events.back(), "RevertToSelf");
+}
+
+TEST_F(LaunchFailure, StartsNothingInASessionWhereThereIsNothingToStart) {
+    ledger().expectLeft("calloc", 3);
+
+    EXPECT_FALSE(NATIVE(createProcessAsUserSession)(nullptr, nullptr, nullptr, L"C:\\w", 5));
+
+    EXPECT_EQ(java.takeException(), ioException(stepMessage(sessionTag + nothingToStart, 87)));
+    EXPECT_EQ(system().count("CreateProcessAsUserW"), 0u);
+    EXPECT_EQ(events.back(), "CreateEnvironmentBlock");
 }
 
 TEST_F(LaunchFailure, CutsALongMessageAndStillTellsTheCode) {
@@ -223,7 +249,7 @@ TEST_F(LaunchFailure, LeavesTheJvmsErrorWhenAnObjectCannotBeMade) {
     }
 }
 
-TEST_F(LaunchFailure, LeavesTheJvmsErrorWhenAStringCannotBeTaken) {
+TEST_F(LaunchFailure, TellsThatThereIsNoMemoryForAString) {
     for (std::size_t k = 1; k <= 6; ++k) {
         forgetPipes();
         ledger().expectLeft("calloc", 5);
@@ -231,7 +257,7 @@ TEST_F(LaunchFailure, LeavesTheJvmsErrorWhenAStringCannotBeTaken) {
 
         EXPECT_FALSE(launchUser());
 
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+        EXPECT_EQ(java.takeException(), ioException(stepMessage(userTag, ERROR_NOT_ENOUGH_MEMORY))) << k;
     }
     EXPECT_EQ(system().count("LogonUserW"), 0u);
     for (std::size_t k = 1; k <= 3; ++k) {
@@ -241,7 +267,7 @@ TEST_F(LaunchFailure, LeavesTheJvmsErrorWhenAStringCannotBeTaken) {
 
         EXPECT_FALSE(launchSession());
 
-        EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError") << k;
+        EXPECT_EQ(java.takeException(), ioException(stepMessage(sessionTag, ERROR_NOT_ENOUGH_MEMORY))) << k;
     }
     EXPECT_EQ(system().count("WTSQueryUserToken"), 0u);
 }

@@ -115,11 +115,24 @@ TEST_F(UserLaunch, ClosesATokenThatIsLinkedToItselfOnce) {
 }
 
 TEST_F(UserLaunch, PassesNullStringsOn) {
-    release(NATIVE(createProcessAsUserN)(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+    release(NATIVE(createProcessAsUserN)(nullptr, L"b", nullptr, nullptr, nullptr, nullptr, nullptr));
 
     EXPECT_THAT(logonArguments, ElementsAre(L"<null>", L"<null>", L"<null>", L"2", L"0"));
     EXPECT_THAT(profileArguments, ElementsAre(L"<null>", L"C:\\users\\user"));
-    EXPECT_THAT(started.texts, ElementsAre(L"<null>", L"<null>", L"<null>"));
+    EXPECT_THAT(started.texts, ElementsAre(L"<null>", L"b", L"<null>"));
+}
+
+TEST_F(UserLaunch, WipesThePasswordThatTheJvmLent) {
+    const JavaObject made = launchUser();
+
+    std::vector<std::wstring> wiped;
+    for (const StringRelease& release : java.stringReleases()) {
+        if (release.wiped) {
+            wiped.push_back(release.string.text());
+        }
+    }
+    EXPECT_THAT(wiped, ElementsAre(L"secret"));
+    release(made);
 }
 
 TEST_F(UserLaunch, TakesStringsThatAreEmptyOrBeyondTheBasicPlane) {
@@ -206,10 +219,10 @@ TEST_F(SessionLaunch, PassesNullStringsAndAnySessionOn) {
         return TRUE;
     });
 
-    release(NATIVE(createProcessAsUserSession)(nullptr, nullptr, nullptr, nullptr, -1));
+    release(NATIVE(createProcessAsUserSession)(L"a", nullptr, nullptr, nullptr, -1));
 
     EXPECT_EQ(session, 0xFFFFFFFFu);
-    EXPECT_THAT(started.texts, ElementsAre(L"<null>", L"<null>", L"<null>"));
+    EXPECT_THAT(started.texts, ElementsAre(L"a", L"<null>", L"<null>"));
 }
 
 TEST_F(SessionLaunch, LooksForTheProcessClassWithoutHoldingThatOfThePipes) {

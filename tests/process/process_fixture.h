@@ -1,7 +1,10 @@
 // What the tests of processes share: handle cells, and the lines that a method prints.
 #pragma once
 
+#include <cstdio>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "winutil_fixture.h"
@@ -17,14 +20,30 @@ protected:
     // A cell that stays the test's own.
     static jlong borrowedCell(HANDLE& handle) { return reinterpret_cast<jlong>(&handle); }
 
-    // What the library printed on the standard output.
+    // What the library printed on the standard output, a text for each that it let out.
     const std::vector<std::wstring>& printed() const { return printed_; }
 
 private:
-    std::vector<std::wstring> printed_;
-    Replacement printing_ = REPLACE(fputws, [this](const wchar_t* text, FILE* stream) {
+    void print(std::string_view bytes, FILE* stream) {
         EXPECT_EQ(_fileno(stream), 1);
-        printed_.emplace_back(text);
+        printing_ += bytes;
+    }
+
+    std::string printing_;
+    std::vector<std::wstring> printed_;
+    Replacement codePage_ = system().answer("GetConsoleOutputCP", CP_UTF8);
+    Replacement printedCharacters_ = REPLACE(fputc, [this](int character, FILE* stream) {
+        print(std::string(1, static_cast<char>(character)), stream);
+        return character;
+    });
+    Replacement printedBytes_ =
+        REPLACE(fwrite, [this](const void* bytes, std::size_t size, std::size_t count, FILE* stream) {
+            print({static_cast<const char*>(bytes), size * count}, stream);
+            return count;
+        });
+    Replacement flushing_ = REPLACE(fflush, [this](FILE* stream) {
+        EXPECT_EQ(_fileno(stream), 1);
+        printed_.push_back(toWide(std::exchange(printing_, {})));
         return 0;
     });
 };

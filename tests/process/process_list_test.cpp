@@ -309,11 +309,17 @@ TEST_F(ProcessListTest, StopsWhenTheJvmHasNoMemory) {
 
 TEST_F(ProcessListTest, ListsNothingWithoutMemoryForTheFilter) {
     pretend({{1, L"a.exe"}});
+    const Thrown outOfMemory = ioException(stepMessage(tag, ERROR_NOT_ENOUGH_MEMORY));
     java.failCall("GetStringChars");
 
     EXPECT_FALSE(NATIVE(getProcessInfo)(L"a.exe"));
 
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(java.takeException(), outOfMemory);
+    const auto allocation = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
+
+    EXPECT_FALSE(NATIVE(getProcessInfo)(L"a.exe"));
+
+    EXPECT_EQ(java.takeException(), outOfMemory);
     EXPECT_EQ(system().count("CreateToolhelp32Snapshot"), 0u);
 }
 

@@ -109,7 +109,7 @@ TEST_F(ServiceTest, AsksNobodyWithoutMemoryForTheName) {
 
     EXPECT_FALSE(NATIVE(isServiceRunning)(L"PlugPlay"));
 
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
+    EXPECT_EQ(java.takeException(), ioException(stepMessage(tag, ERROR_NOT_ENOUGH_MEMORY)));
     const auto allocation = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
 
     EXPECT_FALSE(NATIVE(isServiceRunning)(L"PlugPlay"));

@@ -41,6 +41,30 @@ TEST_F(TerminationTest, TellsThatThereIsNoSuchProcess) {
     EXPECT_THAT(printed(), IsEmpty());
 }
 
+TEST_F(TerminationTest, TakesAnIdBeyond32BitsForNoProcess) {
+    EXPECT_FALSE(NATIVE(terminateProcessByProcessID)(0x1'0000'004D, true));
+
+    EXPECT_EQ(java.takeException(),
+              ioException(stepMessage(L"Failed to open process (4294967373)\n", ERROR_INVALID_PARAMETER)));
+    EXPECT_THAT(printed(), ElementsAre(tag + L" Open process (4294967373)\n",
+                                       tag + L" Failed to open process (4294967373)\n\n"));
+
+    EXPECT_FALSE(NATIVE(terminateProcessByProcessID)(-77, false));
+
+    EXPECT_EQ(java.takeException(),
+              ioException(stepMessage(L"Failed to open process (-77)\n", ERROR_INVALID_PARAMETER)));
+    EXPECT_EQ(system().count("OpenProcess"), 0u);
+}
+
+TEST_F(TerminationTest, ShowsALargeIdWithASign) {
+    const auto terminate = system().answer("TerminateProcess", FALSE, ERROR_ACCESS_DENIED);
+
+    EXPECT_FALSE(NATIVE(terminateProcessByProcessID)(0xFFFFFFF0, false));
+
+    EXPECT_EQ(java.takeException(),
+              ioException(stepMessage(L"Failed to Terminate Process -16\n", ERROR_ACCESS_DENIED)));
+}
+
 TEST_F(TerminationTest, WaitsWithoutLimitAndPrintsItsStepsWhenAsked) {
     const auto terminate = system().answer("TerminateProcess", TRUE);
     const auto wait = system().answer("WaitForSingleObject", WAIT_FAILED);
