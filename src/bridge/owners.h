@@ -15,6 +15,10 @@
 
 namespace winutil {
 
+// Closes what an owner has, and leaves the thread's last error as it was. Out of line, since every owner in
+// the library has it at its end.
+void closeKeepingError(void (*close)(void*) noexcept, void* value) noexcept;
+
 // Owns what a call handed out. Closing leaves the thread's last error as it was, so that a failure still
 // carries its own code after the clean-up behind it.
 template <class Kind>
@@ -39,9 +43,7 @@ public:
     void reset(Value next = Kind::none()) noexcept {
         const Value old = std::exchange(value_, next);
         if (old != Kind::none()) {
-            const DWORD error = GetLastError();
-            Kind::close(old);
-            SetLastError(error);
+            closeKeepingError([](void* value) noexcept { Kind::close(static_cast<Value>(value)); }, old);
         }
     }
 

@@ -11,9 +11,6 @@
 
 namespace winutil::fileio {
 
-// To go: the name that links, reparse points and compression still use.
-using HandleCell = FileCell;
-
 // Opens a file; when that fails, once more by its long form, and up to ten times more, 500 ms apart, while
 // another process holds it without sharing. Returns a cell that holds the handle or INVALID_HANDLE_VALUE,
 // with the thread's last error that of the failed open; no cell, and ERROR_NOT_ENOUGH_MEMORY, when memory is

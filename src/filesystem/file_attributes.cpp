@@ -12,9 +12,9 @@ namespace {
 static_assert(FSCTL_SET_COMPRESSION == 0x9C040);
 
 bool compressFile(const wchar_t* path) noexcept {
-    const fileio::HandleCell cell = fileio::createFileWithRetry(
-        path, GENERIC_ALL, FILE_SHARE_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (!cell || *cell.get() == INVALID_HANDLE_VALUE) {
+    const FileCell cell = fileio::createFileWithRetry(path, GENERIC_ALL, FILE_SHARE_READ, OPEN_EXISTING,
+                                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (!fileio::isOpen(cell)) {
         return false;
     }
     USHORT format = COMPRESSION_FORMAT_DEFAULT;

@@ -42,10 +42,10 @@ bool createJunctionPoint(const wchar_t* link, const wchar_t* target) noexcept {
     // Required: the directory stays when a step behind this fails, because the Java side relies on it.
     LinkTarget name;
     writeJunctionName(target, name);
-    const fileio::HandleCell cell =
+    const FileCell cell =
         fileio::createFileWithRetry(link, GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING,
                                     FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
-    return cell && *cell.get() != INVALID_HANDLE_VALUE && setJunction(*cell.get(), name);
+    return fileio::isOpen(cell) && setJunction(*cell.get(), name);
 }
 
 bool createDirectorySymbolicLink(const wchar_t* link, const wchar_t* target) noexcept {

@@ -14,7 +14,7 @@ std::optional<DWORD> readReparseKind(const wchar_t* path, LinkTarget& target, DW
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
         return linkKindNone;
     }
-    const fileio::HandleCell cell =
+    const FileCell cell =
         fileio::createFileWithRetry(path, SYNCHRONIZE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_EXISTING,
                                     FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (!cell) {
