@@ -56,7 +56,7 @@ JNIEXPORT jobject JNICALL Java_com_qarvo_kel_util_WindowsUtil_WinFile(JNIEnv* en
 }
 
 JNIEXPORT jint JNICALL Java_com_qarvo_kel_util_WindowsUtil_getFileAttr(JNIEnv* env, jobject, jstring path) {
-    const Arguments arguments(env, wide(path));
+    const Arguments arguments(env, inPlace(path));
     const std::optional<DWORD> attributes =
         arguments.orOutOfMemory() ? arguments.pass(filesystem::getFileAttr) : std::nullopt;
     return static_cast<jint>(attributes.value_or(INVALID_FILE_ATTRIBUTES));

@@ -371,7 +371,7 @@ TEST_F(RefusedMemory, OfTheElementsOfAList) {
         return true;
     });
 
-    check("isMemberOf", {.wide = 1, .blocks = 1}, answers(L"1 listed"), [&] {
+    check("isMemberOf", {.wide = 1}, answers(L"1 listed"), [&] {
         listed = 0;
         NATIVE(isMemberOf)(java.object("test/Groups"));
         return std::to_wstring(listed) + L" listed";
