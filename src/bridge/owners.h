@@ -43,7 +43,8 @@ public:
     void reset(Value next = Kind::none()) noexcept {
         const Value old = std::exchange(value_, next);
         if (old != Kind::none()) {
-            closeKeepingError([](void* value) noexcept { Kind::close(static_cast<Value>(value)); }, old);
+            closeKeepingError([](void* value) noexcept { Kind::close(static_cast<Value>(value)); },
+                              static_cast<void*>(old));
         }
     }
 
