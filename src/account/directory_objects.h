@@ -14,13 +14,7 @@ namespace winutil::account {
 
 // Memory that a directory object allocated for its caller.
 template <class T>
-struct AdsMemoryKind {
-    using Value = T*;
-    static Value none() noexcept { return nullptr; }
-    static void close(Value value) noexcept { FreeADsMem(value); }
-};
-template <class T>
-using AdsMemory = Owned<AdsMemoryKind<T>>;
+using AdsMemory = Resource<T*, FreeADsMem>;
 
 // Binds a path of the directory. Returns the failing call's value.
 template <class Interface>

@@ -135,7 +135,7 @@ jobject groupsWithoutMembership(JNIEnv* env, jobject groups) noexcept {
     if (!list.complete) {
         return nullptr;
     }
-    LocalRef result(env, env->NewObject(list.type.get(), list.constructor));
+    LocalRef<> result = newObject(env, list.type.get(), list.constructor);
     if (!result) {
         return nullptr;
     }

@@ -28,24 +28,23 @@ std::wstring_view escapeOf(wchar_t character) noexcept {
 }  // namespace
 
 bool nameFilter(std::wstring_view head, std::wstring_view name, LdapFilter& filter) noexcept {
-    std::size_t length = 0;
-    // Always leaves room for the terminator.
+    constexpr std::wstring_view tail = L"))";
+    filter[0] = L'\0';
+    if (head.size() + name.size() + tail.size() >= ldapFilterLimit) {
+        return false;
+    }
+    wchar_t* end = filter;
     const auto append = [&](std::wstring_view text) noexcept {
-        if (text.size() >= ldapFilterCapacity - length) {
-            return false;
-        }
-        std::wmemcpy(filter + length, text.data(), text.size());
-        length += text.size();
-        return true;
+        end = std::wmemcpy(end, text.data(), text.size()) + text.size();
     };
-    bool fits = append(head);
+    append(head);
     for (const wchar_t& character : name) {
         const std::wstring_view escape = escapeOf(character);
-        fits = fits && append(escape.empty() ? std::wstring_view(&character, 1) : escape);
+        append(escape.empty() ? std::wstring_view(&character, 1) : escape);
     }
-    fits = fits && append(L"))");
-    filter[fits ? length : 0] = L'\0';
-    return fits;
+    append(tail);
+    *end = L'\0';
+    return true;
 }
 
 }  // namespace winutil::account

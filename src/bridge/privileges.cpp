@@ -7,7 +7,8 @@ namespace winutil {
 
 namespace {
 
-// The message is made and dropped: callers go on without the privilege, and nothing is logged at load.
+// Required: the message is made and dropped, because callers go on without the privilege, and nothing is
+// logged at load.
 DWORD failed(const wchar_t* tag) noexcept {
     ErrorBuffer errorBuffer;
     errorBuffer.format(L"", tag, GetLastError());

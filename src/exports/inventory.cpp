@@ -12,43 +12,40 @@ using namespace winutil;
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getSystemModel(JNIEnv* env, jobject) {
     ErrorBuffer errorBuffer;
     inventory::ComputerText model;
-    if (!inventory::readSystemModel(model, errorBuffer)) {
-        throwIOException(env, errorBuffer.text());
-        return nullptr;
+    if (inventory::readSystemModel(model, errorBuffer)) {
+        return newJavaString(env, model);
     }
-    return newJavaString(env, model);
+    throwFailure(env, errorBuffer);
+    return nullptr;
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getProcessorInfo(JNIEnv* env, jobject,
                                                                             jobject collector) {
     ErrorBuffer errorBuffer;
-    if (!inventory::listProcessors(env, collector, errorBuffer)) {
-        throwIOException(env, errorBuffer.text());
-    }
+    inventory::listProcessors(env, collector, errorBuffer);
+    throwFailure(env, errorBuffer);
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getMemoryInfo(JNIEnv* env, jobject,
                                                                          jobject collector) {
     ErrorBuffer errorBuffer;
-    if (!inventory::listMemoryModules(env, collector, errorBuffer)) {
-        throwIOException(env, errorBuffer.text());
-    }
+    inventory::listMemoryModules(env, collector, errorBuffer);
+    throwFailure(env, errorBuffer);
 }
 
 JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getMotherboardUUID(JNIEnv* env, jobject) {
     ErrorBuffer errorBuffer;
     inventory::ComputerText uuid;
-    if (!inventory::readMotherboardUuid(uuid, errorBuffer)) {
-        throwIOException(env, errorBuffer.text());
-        return nullptr;
+    if (inventory::readMotherboardUuid(uuid, errorBuffer)) {
+        return newJavaString(env, uuid);
     }
-    return newJavaString(env, uuid);
+    throwFailure(env, errorBuffer);
+    return nullptr;
 }
 
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getWindowsInstalledFeatures(JNIEnv* env, jobject,
                                                                                        jobject list) {
     ErrorBuffer errorBuffer;
-    if (!inventory::listServerFeatures(env, list, errorBuffer)) {
-        throwIOException(env, errorBuffer.text());
-    }
+    inventory::listServerFeatures(env, list, errorBuffer);
+    throwFailure(env, errorBuffer);
 }

@@ -90,11 +90,11 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getProcessCommandL
     JNIEnv* env, jobject, jlong processId, jboolean verbose) {
     process::ForeignText commandLine;
     ErrorBuffer errorBuffer;
-    if (!process::readCommandLine(processId, fromJava(verbose), commandLine, errorBuffer)) {
-        throwIOException(env, errorBuffer.text());
-        return nullptr;
+    if (process::readCommandLine(processId, fromJava(verbose), commandLine, errorBuffer)) {
+        return newJavaString(env, commandLine.view());
     }
-    return newJavaString(env, commandLine.view());
+    throwFailure(env, errorBuffer);
+    return nullptr;
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_terminateProcessByProcessID(JNIEnv* env,

@@ -63,7 +63,7 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setRegistryString
     if (!arguments || arguments.get<1>() == nullptr) {
         return JNI_FALSE;
     }
-    // Without the terminating zero, like its narrow sibling.
+    // Required: without the terminating zero, because its narrow sibling stores none either.
     const auto length = static_cast<std::size_t>(env->GetStringLength(text));
     return toJava(
         registry::writeValue(arguments.get<0>(), REG_SZ, arguments.get<1>(), length * sizeof(wchar_t)));

@@ -64,9 +64,7 @@ JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_setFileAttr(JNIEnv* e
     ErrorBuffer errorBuffer;
     orOutOfMemory(env,
                   filesystem::setFileAttr(arguments.get<0>(), static_cast<DWORD>(attributes), errorBuffer));
-    if (!errorBuffer.empty()) {
-        throwIOException(env, errorBuffer.text());
-    }
+    throwFailure(env, errorBuffer);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setFileAttrWithSecurityDescriptor(

@@ -100,7 +100,6 @@ JNIEXPORT jobjectArray JNICALL Java_com_qarvo_kel_util_WindowsUtil_getLogicalDri
 JNIEXPORT void JNICALL Java_com_qarvo_kel_util_WindowsUtil_getHardDiskSN(JNIEnv* env, jobject,
                                                                          jobject collector) {
     ErrorBuffer errorBuffer;
-    if (!volume::listDiskSerials(env, collector, errorBuffer)) {
-        throwIOException(env, errorBuffer.text());
-    }
+    volume::listDiskSerials(env, collector, errorBuffer);
+    throwFailure(env, errorBuffer);
 }

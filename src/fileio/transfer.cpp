@@ -55,22 +55,19 @@ jint readBytes(OpenFileRecord* record, void* bytes, jint length, ErrorBuffer& er
     return static_cast<jint>(count);
 }
 
-std::nullopt_t failed(const wchar_t* tag, DWORD code, ErrorBuffer& errorBuffer) noexcept {
-    errorBuffer.format(tag, code);
-    return std::nullopt;
-}
-
 std::optional<std::int64_t> movePointer(const OpenFileRecord* record, std::int64_t distance, DWORD method,
                                         ErrorBuffer& errorBuffer) noexcept {
     constexpr wchar_t tag[] = L"SetFilePointerEx";
     if (record == nullptr) {
-        return failed(tag, ERROR_INVALID_HANDLE, errorBuffer);
+        errorBuffer.format(tag, ERROR_INVALID_HANDLE);
+        return std::nullopt;
     }
     LARGE_INTEGER move;
     move.QuadPart = distance;
     LARGE_INTEGER position;
     if (!SetFilePointerEx(record->handle(), move, &position, method)) {
-        return failed(tag, GetLastError(), errorBuffer);
+        errorBuffer.format(tag, GetLastError());
+        return std::nullopt;
     }
     return position.QuadPart;
 }
@@ -148,7 +145,8 @@ std::optional<std::int64_t> skip(const OpenFileRecord* record, std::int64_t dist
                                  ErrorBuffer& errorBuffer) noexcept {
     constexpr wchar_t tag[] = L"SetFilePointer";
     if (record == nullptr) {
-        return failed(tag, ERROR_INVALID_HANDLE, errorBuffer);
+        errorBuffer.format(tag, ERROR_INVALID_HANDLE);
+        return std::nullopt;
     }
     LARGE_INTEGER position;
     position.QuadPart = distance;
@@ -157,14 +155,16 @@ std::optional<std::int64_t> skip(const OpenFileRecord* record, std::int64_t dist
     position.LowPart = SetFilePointer(record->handle(), static_cast<LONG>(position.LowPart),
                                       &position.HighPart, FILE_CURRENT);
     if (position.LowPart == INVALID_SET_FILE_POINTER && GetLastError() != ERROR_SUCCESS) {
-        return failed(tag, GetLastError(), errorBuffer);
+        errorBuffer.format(tag, GetLastError());
+        return std::nullopt;
     }
     return position.QuadPart;
 }
 
 std::optional<std::int64_t> fileSize(const OpenFileRecord* record, ErrorBuffer& errorBuffer) noexcept {
     if (record == nullptr) {
-        return failed(L"GetFileSizeEx", ERROR_INVALID_HANDLE, errorBuffer);
+        errorBuffer.format(L"GetFileSizeEx", ERROR_INVALID_HANDLE);
+        return std::nullopt;
     }
     LARGE_INTEGER size;
     if (!GetFileSizeEx(record->handle(), &size)) {

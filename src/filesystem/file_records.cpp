@@ -28,7 +28,8 @@ struct RecordFields {
     LinkTarget linkTarget;
 };
 
-// A record without a descriptor is still a record: the reason is put into words and goes no further.
+// Required: the reason is put into words and goes no further, because a record without a descriptor is still
+// a record.
 void noteUnreadablePermission(const wchar_t* path, DWORD code) noexcept {
     wchar_t note[8192];
     const SystemText reason(code);
@@ -108,15 +109,13 @@ std::int64_t joinSize(DWORD high, DWORD low) noexcept {
 }
 
 std::optional<DWORD> getFileAttr(const wchar_t* path) noexcept {
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (readAttributeData(path, &data)) {
-        return data.dwFileAttributes;
-    }
+    // Made before it is known to be needed: without memory there is no answer for any path.
     const WideString longForm = toLongPath(path);
     if (!longForm) {
         return std::nullopt;
     }
-    return GetFileAttributesW(longForm.get());
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    return readAttributeData(path, &data) ? data.dwFileAttributes : GetFileAttributesW(longForm.get());
 }
 
 jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool securityOnFiles,

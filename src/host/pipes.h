@@ -14,11 +14,11 @@ inline constexpr std::size_t messageSize = 8192;
 using MessageBytes = char[messageSize + 1];
 
 // Serves one client: blocks until one connects, and returns when it is done or something fails. `message`
-// receives the last message. Bytes of an earlier one stay behind a shorter one, deliberately.
+// receives the last message. Bytes of an earlier one stay behind a shorter one.
 void serveClient(const wchar_t* pipeName, MessageBytes& message) noexcept;
 
 // Sends one message and reads the answer; waits for a busy pipe. Returns 1 for an answer that sorts before
-// "OK". Any other answer gives 0 and so does, deliberately, every failure.
+// "OK". Any other answer gives 0 and so does every failure.
 int sendMessage(const wchar_t* pipeName, const wchar_t* message) noexcept;
 
 }  // namespace winutil::host

@@ -11,12 +11,9 @@ namespace {
 
 constexpr jint endOfStream = -1;
 
-// The message begins with a blank: in front of it is the place of a text that these methods do not have.
-void fail(const wchar_t* tag, DWORD code, ErrorBuffer& errorBuffer) noexcept {
-    errorBuffer.format(L"", tag, code);
-}
-
 }  // namespace
+
+// The messages here begin with a blank: in front of it is the place of a text that these methods do not have.
 
 void closeCell(HANDLE* cell) noexcept {
     const KernelCell closed(cell);
@@ -38,12 +35,12 @@ DWORD waitForEnd(const HANDLE* cell) noexcept {
 DWORD exitCode(const HANDLE* cell, ErrorBuffer& errorBuffer) noexcept {
     constexpr wchar_t tag[] = L"[WindowsUtil:exitValue]";
     if (cell == nullptr) {
-        fail(tag, ERROR_INVALID_HANDLE, errorBuffer);
+        errorBuffer.format(L"", tag, ERROR_INVALID_HANDLE);
         return 0;
     }
     DWORD code = 0;
     if (!GetExitCodeProcess(*cell, &code)) {
-        fail(tag, GetLastError(), errorBuffer);
+        errorBuffer.format(L"", tag, GetLastError());
         return 0;
     }
     return code;
@@ -53,9 +50,9 @@ void endChild(const HANDLE* cell, ErrorBuffer& errorBuffer) noexcept {
     // Required: not the class's name, unlike the other tags, because callers know this failure by it.
     constexpr wchar_t tag[] = L"[WinUtil:endProcess]";
     if (cell == nullptr) {
-        fail(tag, ERROR_INVALID_HANDLE, errorBuffer);
+        errorBuffer.format(L"", tag, ERROR_INVALID_HANDLE);
     } else if (!TerminateProcess(*cell, 0)) {
-        fail(tag, GetLastError(), errorBuffer);
+        errorBuffer.format(L"", tag, GetLastError());
     }
 }
 
@@ -63,12 +60,12 @@ jint readOutput(JNIEnv* env, const HANDLE* cell, jbyteArray buffer, jint offset,
                 ErrorBuffer& errorBuffer) noexcept {
     constexpr wchar_t tag[] = L"[WindowsUtil:readHandle]";
     if (cell == nullptr) {
-        fail(tag, ERROR_INVALID_HANDLE, errorBuffer);
+        errorBuffer.format(L"", tag, ERROR_INVALID_HANDLE);
         return 0;
     }
     const ByteElements elements(env, buffer, 0);
     if (!elements) {
-        fail(tag, ERROR_NOT_ENOUGH_MEMORY, errorBuffer);
+        errorBuffer.format(L"", tag, ERROR_NOT_ENOUGH_MEMORY);
         return 0;
     }
     DWORD count = 0;
@@ -79,7 +76,7 @@ jint readOutput(JNIEnv* env, const HANDLE* cell, jbyteArray buffer, jint offset,
     if (code == ERROR_HANDLE_EOF || code == ERROR_BROKEN_PIPE) {
         return endOfStream;
     }
-    fail(tag, code, errorBuffer);
+    errorBuffer.format(L"", tag, code);
     return 0;
 }
 

@@ -35,7 +35,7 @@ HKEY rootKeyFromName(std::string_view name) noexcept {
 
 HKEY rootKeyFromName(const wchar_t* name) noexcept {
     for (const RootKey& root : rootKeys) {
-        if (_wcsicmp(name, root.wideName) == 0) {
+        if (name != nullptr && _wcsicmp(name, root.wideName) == 0) {
             return root.key;
         }
     }
@@ -54,10 +54,9 @@ RegistryKey openForReading(HKEY root, const char* keyPath) noexcept {
     return RegistryKey(key);
 }
 
-// Required: the name of an account as the class, because the keys that the client makes have always had it as
-// their class name.
-
 bool createKey(HKEY root, const char* keyPath) noexcept {
+    // Required: the name of an account as the class, because it stays with the key, and callers find it
+    // there.
     char keyClass[] = "LocalSystem";
     HKEY key = nullptr;
     if (RegCreateKeyExA(root, keyPath, 0, keyClass, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, &key,
@@ -69,7 +68,7 @@ bool createKey(HKEY root, const char* keyPath) noexcept {
 }
 
 bool createKey(HKEY root, const wchar_t* keyPath) noexcept {
-    wchar_t keyClass[] = L"LocalSystem";
+    wchar_t keyClass[] = L"LocalSystem";  // required as above
     HKEY key = nullptr;
     if (RegCreateKeyExW(root, keyPath, 0, keyClass, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, &key,
                         nullptr) != ERROR_SUCCESS) {

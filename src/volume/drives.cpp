@@ -18,7 +18,8 @@ namespace winutil::volume {
 namespace {
 
 constexpr DWORD driveStringsSize = 256;
-constexpr DWORD driveStringSize = 4;  // every root is taken to be X:\ and a zero
+// Required: every root is taken to be X:\ and a zero, because the array has as many elements as this gives.
+constexpr DWORD driveStringSize = 4;
 
 struct Space {
     ULARGE_INTEGER availableToCaller;

@@ -26,7 +26,8 @@ bool setVolumeLabel(const char* root, const char* label) noexcept;
 // Returns one of the DRIVE_... kinds.
 int driveType(const char* root) noexcept;
 
-// Return bytes, of the whole volume whatever the caller's quota; 0 when they cannot be had.
+// Return bytes, 0 when they cannot be had: the size that the system shows the caller, and what is free on the
+// whole volume whatever the caller's quota.
 std::int64_t totalSpace(const char* path) noexcept;
 std::int64_t freeSpace(const char* path) noexcept;
 

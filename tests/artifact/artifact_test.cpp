@@ -15,7 +15,7 @@ using namespace testbed;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-constexpr std::uint64_t largestSize = 400'000;
+constexpr std::uint64_t largestSize = 190'000;
 constexpr std::size_t nativeCount = 144;
 
 class Artifact : public ::testing::Test {

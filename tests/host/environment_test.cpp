@@ -127,6 +127,15 @@ TEST_F(Environment, IsChangedForTheSystem) {
     SetEnvironmentVariableW(L"WINUTIL_TEST_SET", nullptr);
 }
 
+TEST_F(Environment, LosesAVariableWithoutAValue) {
+    SetEnvironmentVariableW(L"WINUTIL_TEST_SET", L"value");
+
+    NATIVE(setEnvironmentVariable)(L"WINUTIL_TEST_SET", nullptr);
+
+    EXPECT_EQ(GetEnvironmentVariableW(L"WINUTIL_TEST_SET", nullptr, 0), 0u);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_ENVVAR_NOT_FOUND});
+}
+
 TEST_F(Environment, IsNotChangedInTheCopyOfTheCRuntime) {
     NATIVE(setEnvironmentVariable)(L"WINUTIL_TEST_SET", L"value");
 

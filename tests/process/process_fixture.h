@@ -32,10 +32,6 @@ private:
     std::string printing_;
     std::vector<std::wstring> printed_;
     Replacement codePage_ = system().answer("GetConsoleOutputCP", CP_UTF8);
-    Replacement printedCharacters_ = REPLACE(fputc, [this](int character, FILE* stream) {
-        print(std::string(1, static_cast<char>(character)), stream);
-        return character;
-    });
     Replacement printedBytes_ =
         REPLACE(fwrite, [this](const void* bytes, std::size_t size, std::size_t count, FILE* stream) {
             print({static_cast<const char*>(bytes), size * count}, stream);

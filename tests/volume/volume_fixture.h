@@ -105,11 +105,12 @@ protected:
     std::string printed;
 
 private:
-    Replacement printing_ = REPLACE(fputc, [this](int character, FILE* stream) {
-        EXPECT_EQ(_fileno(stream), 1);
-        printed += static_cast<char>(character);
-        return character;
-    });
+    Replacement printing_ =
+        REPLACE(fwrite, [this](const void* bytes, std::size_t size, std::size_t count, FILE* stream) {
+            EXPECT_EQ(_fileno(stream), 1);
+            printed.append(static_cast<const char*>(bytes), size * count);
+            return count;
+        });
 };
 
 }  // namespace testbed

@@ -60,9 +60,13 @@ import java.util.Collection;
  * system ends it with. A method that declares no exception reports failure by its result.
  *
  * <p>Where memory runs out for an argument or a block of the library's own, a method raises the exception that its
- * failures carry, with code 8, or an {@link OutOfMemoryError}. But those that read or write registry values give the
- * result of a failure, {@link #getLongPathName} and {@link #getUNC} the path as given, and {@link #setFileACL} and
- * {@link #networkAuthenticate} stay silent.
+ * failures carry, with code 8 where they carry one, or an {@link OutOfMemoryError}. But those that read or write
+ * registry values give the result of a failure, {@link #getLongPathName} and {@link #getUNC} the path as given, and
+ * {@link #setFileACL} and {@link #networkAuthenticate} stay silent. Where it is a block of the library's own,
+ * {@link #getFileAttr} answers -1, {@link #getLibraryIcon} null, {@link #getNetUsed} false, {@link #getSID},
+ * {@link #getV6DomainName} and {@link #getNetBIOSComputerName} the empty text; {@link #getProcessInfo} leaves the process
+ * out, {@link #getNetUsed} a container within another, {@link #isMemberOf} lists the group as one whose membership is not
+ * established, and a volume is listed by its name in place of its drive letter.
  *
  * <p><b>Collectors and listeners</b> are plain objects whose methods are looked up by name and signature; their classes
  * need not implement anything, nor be public. They are called on the calling thread, before the method returns. An
@@ -1220,7 +1224,8 @@ public class WindowsUtil {
 
     /**
      * Logs an account on and lets the calling thread act as it, until {@link #impersonateToSelf} is called on the same
-     * thread. Privileges that logons take are switched on for the process, and stay on.
+     * thread: the platform thread, so never on a virtual one. Privileges that logons take are switched on for the
+     * process, and stay on.
      *
      * @param domain the account's domain or machine, ASCII; {@code .} for this machine
      * @param user the account, ASCII
@@ -1231,7 +1236,7 @@ public class WindowsUtil {
     public native String impersonateUser(String domain, String user, String password) throws IOException;
 
     /**
-     * Ends the impersonation of the calling thread; without one it does nothing.
+     * Ends the impersonation of the calling platform thread; without one it does nothing.
      *
      * @throws IOException when the system refuses, and then the thread must do no further work
      */
@@ -1522,7 +1527,7 @@ public class WindowsUtil {
      * nor {@link System#getenv(String)} sees the change.
      *
      * @param name its name
-     * @param value its value
+     * @param value its value; null removes it
      * @throws IOException when the system refuses
      */
     public native void setEnvironmentVariable(String name, String value) throws IOException;
@@ -1598,8 +1603,8 @@ public class WindowsUtil {
     public native int getConsoleChar();
 
     /**
-     * Starts COM on the calling thread. Each call that answers 0 or 1 must be followed by {@link #CoUninitialize} on
-     * the same thread.
+     * Starts COM on the calling thread, the platform thread: never on a virtual one. Each call that answers 0 or 1 must
+     * be followed by {@link #CoUninitialize} on the same thread.
      *
      * @param concurrencyModel {@link Win32#COINIT_MULTITHREADED} or {@link Win32#COINIT_APARTMENTTHREADED}
      * @return the HRESULT: 0 started, 1 was started already in this model, negative a failure (0x80010106: it is
@@ -1607,6 +1612,6 @@ public class WindowsUtil {
      */
     public native int CoInitializeEx(int concurrencyModel);
 
-    /** Ends what {@link #CoInitializeEx} started on the calling thread. */
+    /** Ends what {@link #CoInitializeEx} started on the calling platform thread. */
     public native void CoUninitialize();
 }
