@@ -225,6 +225,7 @@ jobject launchAsUser(JNIEnv* env, const Program& program, const Account& account
         // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the cells are let go
         return nullptr;
     }
+    // Taken here, because cells and pipes come first.
     const Arguments arguments(env, inPlace(account.domain), inPlace(account.user),
                               inPlaceSecret(account.password), inPlace(program.application),
                               inPlace(program.commandLine), inPlace(program.workingDirectory));
