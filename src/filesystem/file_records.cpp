@@ -109,13 +109,15 @@ std::int64_t joinSize(DWORD high, DWORD low) noexcept {
 }
 
 std::optional<DWORD> getFileAttr(const wchar_t* path) noexcept {
-    // Made before it is known to be needed: without memory there is no answer for any path.
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (readAttributeData(path, &data)) {
+        return data.dwFileAttributes;
+    }
     const WideString longForm = toLongPath(path);
     if (!longForm) {
         return std::nullopt;
     }
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    return readAttributeData(path, &data) ? data.dwFileAttributes : GetFileAttributesW(longForm.get());
+    return GetFileAttributesW(longForm.get());
 }
 
 jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool securityOnFiles,
