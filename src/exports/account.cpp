@@ -25,7 +25,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_impersonateUser(JN
     }
     account::cutMessage(errorBuffer);
     jstring text = newJavaString(env, errorBuffer.text());
-    if (!done && text != nullptr) {
+    if (!done) {
         throwIOException(env, errorBuffer.text());
     }
     if (done && text == nullptr) {

@@ -2,7 +2,6 @@
 #include <memory>
 
 #include "bridge/ex_callback.h"
-#include "bridge/java_refs.h"
 #include "bridge/paths.h"
 #include "exports/entry.h"
 #include "filesystem/file_operations.h"
@@ -44,11 +43,10 @@ JNIEXPORT jobject JNICALL Java_com_qarvo_kel_util_WindowsUtil_WinFile(JNIEnv* en
                                                                       jboolean withSecurity,
                                                                       jboolean securityOnFiles) {
     const Arguments arguments(env, wide(path));
-    ErrorBuffer errorBuffer;
     jobject record = arguments ? filesystem::makeWinFile(env, arguments.get<0>(), fromJava(withSecurity),
-                                                         fromJava(securityOnFiles), errorBuffer)
+                                                         fromJava(securityOnFiles))
                                : nullptr;
-    if (record == nullptr && !exceptionPending(env)) {
+    if (record == nullptr) {
         // Required: no reason, because callers know a missing file by the class alone.
         throwFileNotFoundException(env, L"");
     }

@@ -44,7 +44,7 @@ JNIEXPORT jstring JNICALL Java_com_qarvo_kel_util_WindowsUtil_getUserByNetUsedPa
     const DWORD code =
         arguments ? network::readConnectionUser(arguments.get<0>(), user) : DWORD{ERROR_NOT_ENOUGH_MEMORY};
     jstring text = newJavaString(env, user);
-    if (code != NO_ERROR && text != nullptr) {
+    if (code != NO_ERROR) {
         throwWin32Error(env, L"WNetGetUserW", code);
     }
     return text;

@@ -74,13 +74,11 @@ JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_setFileAttrWithSe
         return JNI_FALSE;
     }
     ErrorBuffer errorBuffer;
-    if (!filesystem::setFileAttrWithSecurityDescriptor(
-            arguments.get<0>(), static_cast<SECURITY_INFORMATION>(securityInformation), arguments.get<1>(),
-            static_cast<DWORD>(attributes), errorBuffer)) {
-        throwIOException(env, errorBuffer.text());
-        return JNI_FALSE;
-    }
-    return JNI_TRUE;
+    const bool set = filesystem::setFileAttrWithSecurityDescriptor(
+        arguments.get<0>(), static_cast<SECURITY_INFORMATION>(securityInformation), arguments.get<1>(),
+        static_cast<DWORD>(attributes), errorBuffer);
+    throwFailure(env, errorBuffer);
+    return toJava(set);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_qarvo_kel_util_WindowsUtil_isAccessRead(JNIEnv* env, jobject,

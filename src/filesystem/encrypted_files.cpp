@@ -23,10 +23,10 @@ struct StreamBridge {
     DWORD failure = ERROR_SUCCESS;  // what ended an import
 };
 
-// Raises what belongs to the code of a streaming call, except over an exception that is there already.
+// Raises what belongs to the code of a streaming call.
 void throwStreamError(JNIEnv* env, const wchar_t* function, DWORD code) noexcept {
     // Required: an interrupted export raises nothing, because whoever interrupted it knows.
-    if (!exceptionPending(env) && code != ERROR_SUCCESS && code != exportInterrupted) {
+    if (code != ERROR_SUCCESS && code != exportInterrupted) {
         throwWin32Error(env, function, code);
     }
 }

@@ -4,6 +4,7 @@
 #include <cwchar>
 #include <iterator>
 
+#include "bridge/errors.h"
 #include "bridge/java_calls.h"
 #include "bridge/java_times.h"
 #include "bridge/optional_functions.h"
@@ -35,6 +36,12 @@ void noteUnreadablePermission(const wchar_t* path, DWORD code) noexcept {
     const SystemText reason(code);
     _snwprintf_s(note, std::size(note), _TRUNCATE, L"Path \"%s\" cannot get File Permission. Reason=%s", path,
                  reason.get());
+}
+
+// Required: this reason goes no further either, because callers know a missing file by the class alone.
+void noteUnreadablePath(DWORD code) noexcept {
+    ErrorBuffer note;
+    note.format(L"GetFileAttributesExW", code);
 }
 
 // Reads the descriptor of `path`, which `readPath` was readable as. Returns false when memory is exhausted.
@@ -120,8 +127,7 @@ std::optional<DWORD> getFileAttr(const wchar_t* path) noexcept {
     return GetFileAttributesW(longForm.get());
 }
 
-jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool securityOnFiles,
-                    ErrorBuffer& errorBuffer) noexcept {
+jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool securityOnFiles) noexcept {
     if (std::wstring_view(path) == L"\\\\") {
         return nullptr;
     }
@@ -135,7 +141,7 @@ jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool se
         readable = longForm && readAttributeData(readPath, &data);
     }
     if (!readable) {
-        errorBuffer.format(L"GetFileAttributesExW", GetLastError());
+        noteUnreadablePath(GetLastError());
         return nullptr;
     }
     RecordFields fields = {};

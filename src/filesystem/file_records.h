@@ -7,8 +7,6 @@
 #include <cstdint>
 #include <optional>
 
-#include "bridge/errors.h"
-
 namespace winutil::filesystem {
 
 // The size of a file from the two halves that a search or an attribute query gives.
@@ -18,10 +16,9 @@ std::int64_t joinSize(DWORD high, DWORD low) noexcept;
 // exhausted.
 std::optional<DWORD> getFileAttr(const wchar_t* path) noexcept;
 
-// Returns a new WinFileList$WinFile for a path. Null when there is none: the path cannot be read (the reason
-// is in `errorBuffer`), it is "\\", memory is exhausted, or the Java class has neither constructor. A Java
-// exception is pending only where the JVM ran out of memory or the constructor threw.
-jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool securityOnFiles,
-                    ErrorBuffer& errorBuffer) noexcept;
+// Returns a new WinFileList$WinFile for a path. Null when there is none: the path cannot be read, it is "\\",
+// memory is exhausted, or the Java class has neither constructor. A Java exception is pending only where the
+// JVM ran out of memory or the constructor threw.
+jobject makeWinFile(JNIEnv* env, const wchar_t* path, bool withSecurity, bool securityOnFiles) noexcept;
 
 }  // namespace winutil::filesystem
