@@ -16,6 +16,7 @@ final class BackupJob implements TreeWalk.Visitor {
     private final NativeFiles files;
     private final ReadCheck check;
     private final String source;
+    private final Way way;
     private final Store store;
     private final ManifestWriter manifest;
     private long contents;
@@ -25,6 +26,7 @@ final class BackupJob implements TreeWalk.Visitor {
         this.files = job.files();
         this.check = check;
         this.source = source;
+        this.way = new Way(files, source);
         this.store = store;
         this.manifest = manifest;
     }
@@ -34,14 +36,19 @@ final class BackupJob implements TreeWalk.Visitor {
      *
      * @param account whose rights decide what is read, null for those of this process
      * @param withSecurity whether security descriptors are stored
+     * @param shareStore whether a new store is as open as the folder that it is made in
      */
-    static void run(Job job, Account account, boolean withSecurity, String source, String storePath) {
+    static void run(Job job, Account account, boolean withSecurity, boolean shareStore, String source,
+            String storePath) {
         NativeFiles files = job.files();
         files.useBackupPrivilege();
         Folders.requireFolder(files, source, "source");
         ReadCheck check = new ReadCheck(files, account);
         requireSource(check, source);
-        Folders.entries(files, source, "source");
+        if (RestoreTarget.isUnfinished(Folders.entries(files, source, "source"))) {
+            job.report().leftOut(source, "a restore into it was not finished, and what is missing there is missing"
+                    + " here");
+        }
         String realSource = files.realPath(source);
         String realStore = files.realPath(storePath);
         if (Names.isInside(realStore, realSource)) {
@@ -50,7 +57,7 @@ final class BackupJob implements TreeWalk.Visitor {
         if (Names.isInside(realSource, realStore)) {
             throw new ClientException("The source " + Escapes.printable(source) + " must not lie inside the store.");
         }
-        Store store = Store.create(files, storePath);
+        Store store = Store.create(files, storePath, shareStore);
         try (NativeOutputStream out = store.startManifest()) {
             ManifestWriter manifest = new ManifestWriter(out);
             BackupJob backup = new BackupJob(job, check, source, store, manifest);
@@ -74,7 +81,7 @@ final class BackupJob implements TreeWalk.Visitor {
 
     @Override
     public boolean directory(Found directory) {
-        add(ManifestEntry.ofDirectory(directory.path(), directory.entry()));
+        add(ManifestEntry.ofDirectory(directory));
         job.progress().countDirectory();
         reportSecurity(directory);
         // The source itself was asked about before anything was made.
@@ -105,7 +112,7 @@ final class BackupJob implements TreeWalk.Visitor {
             return;
         }
         // Without its descriptor too: that of a link is never set or compared.
-        add(ManifestEntry.ofLink(link.path(), link.entry()));
+        add(ManifestEntry.ofLink(link));
         job.progress().countLink();
     }
 
@@ -142,28 +149,31 @@ final class BackupJob implements TreeWalk.Visitor {
         String path = found.entry().getPath();
         long file = job.transfer().open(path);
         try (Copy copy = new Copy()) {
+            requireInTree(found);
             long modified = found.modified(files);
             long size = files.size(file);
-            Content content;
-            try {
-                content = job.transfer().read(file, copy);
-            } catch (IOException e) {
-                if (files.size(file) == size && found.modified(files) == modified) {
-                    throw e;
-                }
-                // Unbuffered reading fails at an end that has moved.
-                return false;
-            }
+            Content content = job.transfer().read(file, copy);
             if (content.size() != size || files.size(file) != size || found.modified(files) != modified) {
                 return false;
             }
             long number = copy.keep(size);
             WinFile entry = found.entry();
             add(new ManifestEntry(Type.FILE, found.path(), size, modified, entry.getAttributes(), content.sha256(),
-                    number, "", entry.getSecurityDescriptor()));
+                    number, "", found.security()));
             return true;
         } finally {
             files.close(file);
+        }
+    }
+
+    /**
+     * Requires of a file that is open that it was opened where it was found: that no folder on the way to it, nor it
+     * itself, has become a link meanwhile.
+     */
+    private void requireInTree(Found found) throws IOException {
+        way.require(Names.parent(found.path()));
+        if (Attributes.isReparsePoint(files.attributes(found.entry().getPath())) != found.entry().isReparsePoint()) {
+            throw new IOException("it was replaced meanwhile, or is no longer there");
         }
     }
 

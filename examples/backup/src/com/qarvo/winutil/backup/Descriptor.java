@@ -5,6 +5,8 @@ import java.io.IOException;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Objects;
+import java.util.Set;
+import java.util.regex.Pattern;
 
 /**
  * A security descriptor as SDDL text, taken apart. The text comes from a manifest, and so perhaps from anyone: only
@@ -12,6 +14,8 @@ import java.util.Objects;
  */
 final class Descriptor {
     private static final String SID = "[A-Z]{2}|S-1-[0-9A-FXa-fx-]+";
+    /** One that allows or denies and has no condition; its first group says which, its second who is meant. */
+    private static final String PLAIN_ENTRY = "\\(([AD]);[A-Z]*;[^;()]*;;;([^;()]+)\\)";
     private static final String FLAGS = "(P|AR|AI|NO_ACCESS_CONTROL){0,4}";
 
     private final String owner;
@@ -64,6 +68,16 @@ final class Descriptor {
                 ? flags.replace("AI", "ARAI") : flags;
         return (owner == null ? "" : "O:" + owner) + (group == null ? "" : "G:" + group)
                 + (flags == null ? "" : "D:" + asked + entries);
+    }
+
+    /** Tells whether it belongs to one of these identifiers, and grants nothing to anyone else. */
+    boolean grantsOnly(Set<String> trustees) {
+        if (owner == null || !trustees.contains(owner) || flags == null || flags.contains("NO_ACCESS_CONTROL")
+                || !entries.matches("(" + PLAIN_ENTRY + ")*")) {
+            return false;
+        }
+        return Pattern.compile(PLAIN_ENTRY).matcher(entries).results()
+                .allMatch(entry -> entry.group(1).equals("D") || trustees.contains(entry.group(2)));
     }
 
     /**

@@ -4,9 +4,13 @@ import com.qarvo.kel.util.WinFileList.WinFile;
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Locale;
+import java.util.Set;
 
 /** The checks on folders that stand at the beginning of a command. Each ends it with one sentence. */
 final class Folders {
+    private static final Set<String> OF_THE_SYSTEM = Set.of("system volume information", "$recycle.bin");
+
     private Folders() {
     }
 
@@ -41,10 +45,34 @@ final class Folders {
         return found;
     }
 
-    /** Makes one folder when nothing is there. */
-    static void makeIfMissing(NativeFiles files, String path, String role) {
+    /** Tells whether a path is that of the root of a drive. */
+    static boolean isRoot(String path) {
+        return path.endsWith(":\\");
+    }
+
+    /** Tells from what a folder holds whether it is empty; the root of a drive never is without the system's own. */
+    static boolean isEmpty(String path, List<WinFile> found) {
+        return found.stream().allMatch(entry -> isRoot(path) && OF_THE_SYSTEM.contains(
+                entry.getName().toLowerCase(Locale.ROOT)));
+    }
+
+    /** Makes one folder when nothing is there; tells whether it was made. */
+    static boolean makeIfMissing(NativeFiles files, String path, String role) {
+        return makeIfMissing(files, path, role, files::makeDirectory);
+    }
+
+    /** As {@link #makeIfMissing}, with rights for nobody, which its maker has to change. */
+    static boolean makeClosedIfMissing(NativeFiles files, String path, String role) {
+        return makeIfMissing(files, path, role, files::makeClosedDirectory);
+    }
+
+    private interface Maker {
+        boolean make(String path) throws IOException;
+    }
+
+    private static boolean makeIfMissing(NativeFiles files, String path, String role, Maker maker) {
         if (files.exists(path)) {
-            return;
+            return false;
         }
         String shown = Escapes.printable(path);
         String parent = path.substring(0, Math.max(path.lastIndexOf('\\'), 0));
@@ -53,10 +81,11 @@ final class Folders {
                     + Escapes.printable(parent) + " does not exist.");
         }
         try {
-            if (!files.makeDirectory(path)) {
+            if (!maker.make(path)) {
                 throw new ClientException("The " + role + " " + shown + " cannot be made: something of that name is"
                         + " there.");
             }
+            return true;
         } catch (IOException | SecurityException e) {
             throw new ClientException("The " + role + " " + shown + " cannot be made: " + Reasons.of(e), e);
         }

@@ -1,6 +1,7 @@
 package com.qarvo.winutil.backup;
 
 import com.qarvo.kel.util.WinFileList.WinFile;
+import com.qarvo.winutil.backup.TreeWalk.Found;
 
 /**
  * What a backup knows of one file, directory or link.
@@ -13,10 +14,13 @@ import com.qarvo.kel.util.WinFileList.WinFile;
  * @param sha256 of the content as 64 hexadecimal digits, empty for all but files
  * @param content number of the content in the store, 0 for empty files and all that is no file
  * @param linkTarget where a link leads, empty for what is no link
- * @param security owner, group and DACL as SDDL text, empty when they could not be read
+ * @param security owner, group and DACL as SDDL text; {@link #UNREAD} when they could not be read, empty when nobody
+ *        asked for them
  */
 record ManifestEntry(Type type, String path, long size, long modified, int attributes, String sha256, long content,
         String linkTarget, String security) {
+    /** Stands for a security descriptor that could not be read; no descriptor looks like that. */
+    static final String UNREAD = "unread";
 
     /** The kinds of entries, with the words that stand for them in a manifest. */
     enum Type {
@@ -67,13 +71,28 @@ record ManifestEntry(Type type, String path, long size, long modified, int attri
         }
     }
 
-    static ManifestEntry ofDirectory(String path, WinFile found) {
-        return new ManifestEntry(Type.DIRECTORY, path, 0, found.getLastModified(), found.getAttributes(), "", 0, "",
-                found.getSecurityDescriptor());
+    static ManifestEntry ofDirectory(Found found) {
+        WinFile entry = found.entry();
+        return new ManifestEntry(Type.DIRECTORY, found.path(), 0, entry.getLastModified(), entry.getAttributes(), "", 0,
+                "", found.security());
     }
 
-    static ManifestEntry ofLink(String path, WinFile found) {
-        return new ManifestEntry(Type.of(found), path, 0, found.getLastModified(), found.getAttributes(), "", 0,
-                found.getLinkTarget(), found.getSecurityDescriptor());
+    static ManifestEntry ofLink(Found found) {
+        WinFile entry = found.entry();
+        return new ManifestEntry(Type.of(entry), found.path(), 0, entry.getLastModified(), entry.getAttributes(), "", 0,
+                entry.getLinkTarget(), found.security());
+    }
+
+    boolean hasSecurity() {
+        return !security.isEmpty();
+    }
+
+    boolean isSecurityUnread() {
+        return security.equals(UNREAD);
+    }
+
+    /** Gives the same entry with another descriptor. */
+    ManifestEntry withSecurity(String other) {
+        return new ManifestEntry(type, path, size, modified, attributes, sha256, content, linkTarget, other);
     }
 }

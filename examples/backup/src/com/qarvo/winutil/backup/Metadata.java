@@ -15,39 +15,56 @@ final class Metadata {
 
     private final NativeFiles files;
     private final Report report;
-    private final boolean withSecurity;
+    private final ClosedRights closed;
 
-    Metadata(NativeFiles files, Report report, boolean withSecurity) {
+    /**
+     * Prepares for the entries of one restore.
+     *
+     * @param closed the rights of what nothing better is known for, null when no rights are set at all
+     */
+    Metadata(NativeFiles files, Report report, ClosedRights closed) {
         this.files = files;
         this.report = report;
-        this.withSecurity = withSecurity;
+        this.closed = closed;
     }
 
     /** Finishes one file, directory or link; what cannot be set is reported. */
     void restore(ManifestEntry entry, String path) {
-        // A link is opened through to be compressed or to have its rights set, which would change where it leads.
-        boolean link = entry.type().isLink();
-        boolean compressed = !link && Attributes.isCompressed(entry.attributes());
-        if (compressed) {
+        if (isCompressed(entry)) {
             compress(path);
         }
+        restoreAllButCompression(entry, path);
+    }
+
+    /** As {@link #restore}, of something that has been compressed already where it is to be. */
+    void restoreAllButCompression(ManifestEntry entry, String path) {
         setTime(entry, path);
-        if (compressed || !Attributes.isAsMade(entry.attributes(), isDirectory(entry.type()))) {
+        if (isCompressed(entry) || !Attributes.isAsMade(entry.attributes(), isDirectory(entry.type()))) {
             setAttributes(entry, path);
         }
-        if (!link && Attributes.isEncrypted(entry.attributes())) {
+        // A link is opened through to have its rights set, which would change where it leads.
+        if (entry.type().isLink()) {
+            return;
+        }
+        if (Attributes.isEncrypted(entry.attributes())) {
             report.leftOut(path, "it was encrypted, and is restored without encryption");
         }
-        if (withSecurity && !link && !entry.security().isEmpty()) {
+        if (closed != null) {
             setSecurity(entry, path);
         }
+    }
+
+    /** Tells whether something is to be compressed; a link is opened through for that, and never is. */
+    static boolean isCompressed(ManifestEntry entry) {
+        return !entry.type().isLink() && Attributes.isCompressed(entry.attributes());
     }
 
     private static boolean isDirectory(Type type) {
         return type != Type.FILE && type != Type.FILE_LINK;
     }
 
-    private void compress(String path) {
+    /** Compresses a file or directory, which must not be held open. */
+    void compress(String path) {
         try {
             files.setAttributes(path, Win32.FILE_ATTRIBUTE_COMPRESSED);
         } catch (IOException e) {
@@ -76,25 +93,35 @@ final class Metadata {
     }
 
     private void setSecurity(ManifestEntry entry, String path) {
+        if (entry.isSecurityUnread()) {
+            close(entry, path, "its security descriptor could not be read for the backup");
+            return;
+        }
         Descriptor descriptor;
         try {
             descriptor = Descriptor.parse(entry.security());
         } catch (IOException e) {
-            report.leftOut(path, "its security descriptor in the store is no such thing, and not set");
+            close(entry, path, "its security descriptor in the store is no such thing, and not set");
+            return;
+        }
+        if (descriptor.dacl() == 0) {
+            close(entry, path, "its security descriptor in the store has no access rights");
             return;
         }
         try {
             files.setSecurity(path, descriptor.parts(), descriptor.text());
         } catch (IOException e) {
-            report.leftOut(path, setRightsOnly(descriptor, path)
-                    ? "its owner and group cannot be set, only its access rights: " + Reasons.of(e)
-                    : "its security descriptor cannot be set: " + Reasons.of(e));
+            if (setRightsOnly(descriptor, path)) {
+                report.leftOut(path, "its owner and group cannot be set, only its access rights: " + Reasons.of(e));
+            } else {
+                close(entry, path, "its security descriptor cannot be set: " + Reasons.of(e));
+            }
         }
     }
 
     /** Tries without owner and group, which only an administrator may give away; the rights protect the content. */
     private boolean setRightsOnly(Descriptor descriptor, String path) {
-        if (descriptor.dacl() == 0 || descriptor.dacl() == descriptor.parts()) {
+        if (descriptor.dacl() == descriptor.parts()) {
             return false;
         }
         try {
@@ -103,5 +130,16 @@ final class Metadata {
         } catch (IOException e) {
             return false;
         }
+    }
+
+    /** Closes to others what nobody knows the rights of, so that it is not more open than it was. */
+    private void close(ManifestEntry entry, String path, String reason) {
+        String outcome = "it is closed to others";
+        try {
+            files.setSecurity(path, Win32.DACL_SECURITY_INFORMATION, closed.text(isDirectory(entry.type())));
+        } catch (IOException e) {
+            outcome = "it cannot be closed to others either";
+        }
+        report.leftOut(path, reason + "; " + outcome);
     }
 }

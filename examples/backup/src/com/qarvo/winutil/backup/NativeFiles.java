@@ -45,6 +45,12 @@ interface NativeFiles {
     /** Tells whether something is at a path. */
     boolean exists(String path);
 
+    /** Gives the attribute word of a path, of the link itself when it is one; -1 when it cannot be read. */
+    int attributes(String path);
+
+    /** Gives owner, group and DACL of a path as SDDL text, empty when they cannot be read. */
+    String security(String path);
+
     /** Gives the time of the last write in milliseconds since 1970-01-01 UTC, 0 when it cannot be read. */
     long lastModified(String path);
 
@@ -91,6 +97,22 @@ interface NativeFiles {
     /** Makes one directory; false when something of that name is there. */
     boolean makeDirectory(String path) throws IOException;
 
+    /**
+     * Makes one directory that, where the file system knows rights, grants nothing to anybody from its first moment
+     * on; its owner may change that.
+     *
+     * @return false when something of that name is there
+     */
+    boolean makeClosedDirectory(String path) throws IOException;
+
+    /**
+     * Opens a directory so that nobody can rename or remove it, or a directory above it, until {@link #close}; of a
+     * link the link itself.
+     *
+     * @return a file number
+     */
+    long hold(String directory) throws IOException;
+
     /** Sets the time of the last write; tells whether that was possible. */
     boolean setLastModified(String path, long milliseconds);
 
@@ -116,6 +138,12 @@ interface NativeFiles {
 
     /** Deletes an empty directory; tells whether it is gone. */
     boolean deleteEmptyDirectory(String path);
+
+    /** Tells whether this process has the rights of an administrator; the system account has them. */
+    boolean isAdministrator();
+
+    /** Gives the identifier of this process's account in the form {@code S-1-5-...}, empty when it cannot be had. */
+    String account();
 
     /** Lets this process read regardless of access rights from now on, if its account may do so. */
     void useBackupPrivilege();

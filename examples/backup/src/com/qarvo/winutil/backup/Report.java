@@ -2,7 +2,7 @@ package com.qarvo.winutil.backup;
 
 import java.io.PrintWriter;
 
-/** Tells the user at once what was left out or differs, and counts it for the summary and the exit code. */
+/** Tells the user at once what was left out, differs or is not known, and counts it for the summary and the exit code. */
 final class Report {
     private final PrintWriter err;
     private final Progress progress;
@@ -19,6 +19,17 @@ final class Report {
 
     void differs(String path, String reason) {
         print("differs", path, reason);
+    }
+
+    void unknown(String path, String reason) {
+        print("unknown", path, reason);
+    }
+
+    /** Tells how a job that ended early has left things; the sentence that says why comes after it. */
+    void endedEarly(String state) {
+        progress.clear();
+        err.println(state);
+        err.flush();
     }
 
     long count() {

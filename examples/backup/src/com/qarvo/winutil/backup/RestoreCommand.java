@@ -11,7 +11,11 @@ import picocli.CommandLine.Parameters;
         + " read-only, hidden, system, archive and compressed, owner, group and access rights are set as they were."
         + " Links are made again, with their time and attributes; owner and rights they get as new ones do, since to"
         + " set them might change what they lead to. What cannot be set or made is reported. Making symbolic links, and"
-        + " giving files to other owners, takes an administrator."})
+        + " giving files to other owners, takes an administrator.",
+    "Until all of it is restored the target is closed to all but the system and administrators, and the account of this"
+        + " process. A folder that is there already gets its own rights back at the end, a new one those of the backup."
+        + " What has no known rights stays closed, and is reported. A restore that ends early leaves the target closed"
+        + " and marked, and can only be begun again in another folder. With --no-security nothing is closed."})
 final class RestoreCommand extends Command {
     @Parameters(index = "0", paramLabel = "STORE", description = "Folder of the backup.")
     private String store;

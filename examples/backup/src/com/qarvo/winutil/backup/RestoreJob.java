@@ -8,25 +8,32 @@ import java.io.IOException;
 import java.util.ArrayList;
 import java.util.HashSet;
 import java.util.List;
+import java.util.Locale;
 import java.util.Set;
+import java.util.stream.Collectors;
 
 /**
  * Writes the content of a store into a new folder. The order matters: directories and files first; then links, so
- * that nothing is ever written through one; the times and rights of directories last, as everything made in them
- * changes the times, and the rights might not allow it.
+ * that nothing is ever written through one; the times and rights of directories last and inner ones first, as
+ * everything made in them changes the times, the rights might not allow it, and nothing that is still worked in may be
+ * open to others.
  */
 final class RestoreJob {
+    /** How the library begins its message when a file was made, and could not be given its size. */
+    private static final String MADE_WITHOUT_SIZE = "[createFileN]";
+    private static final long UNKNOWN = -1;
+
     private final Job job;
     private final NativeFiles files;
     private final Metadata metadata;
     private final Store store;
-    private final String target;
+    private final RestoreTarget target;
     private final Set<String> missingDirectories = new HashSet<>();
 
-    private RestoreJob(Job job, boolean withSecurity, Store store, String target) {
+    private RestoreJob(Job job, Metadata metadata, Store store, RestoreTarget target) {
         this.job = job;
         this.files = job.files();
-        this.metadata = new Metadata(job.files(), job.report(), withSecurity);
+        this.metadata = metadata;
         this.store = store;
         this.target = target;
     }
@@ -34,21 +41,39 @@ final class RestoreJob {
     /**
      * Restores a store; everything that can be wrong with the arguments is found before anything is made.
      *
-     * @param withSecurity whether owners, groups and access rights are set
+     * @param withSecurity whether owners, groups and access rights are set, and the target is closed until they are
      */
-    static void run(Job job, boolean withSecurity, String storePath, String target) {
+    static void run(Job job, boolean withSecurity, String storePath, String targetPath) {
         NativeFiles files = job.files();
         Store store = Store.open(files, storePath);
-        if (files.exists(target) && !Folders.entries(files, target, "target").isEmpty()) {
-            throw new ClientException("The target " + Escapes.printable(target) + " exists and is not empty.");
-        }
-        if (Names.isInside(files.realPath(target), files.realPath(storePath))) {
-            throw new ClientException("The target " + Escapes.printable(target) + " must not lie inside the store.");
+        RestoreTarget.requireUsable(files, targetPath);
+        if (Names.isInside(files.realPath(targetPath), files.realPath(storePath))) {
+            throw new ClientException("The target " + Escapes.printable(targetPath)
+                    + " must not lie inside the store.");
         }
         List<ManifestEntry> entries = store.readManifest();
+        if (withSecurity && entries.stream().noneMatch(ManifestEntry::hasSecurity)) {
+            throw new ClientException("The store " + Escapes.printable(storePath) + " has no owners and access rights;"
+                    + " --no-security restores without them.");
+        }
         files.useRestorePrivileges();
-        Folders.makeIfMissing(files, target, "target");
-        new RestoreJob(job, withSecurity, store, target).restore(entries);
+        ClosedRights closed = withSecurity ? ClosedRights.of(files) : null;
+        boolean finished = false;
+        try (RestoreTarget target = RestoreTarget.prepare(files, targetPath, closed, namesAtTheTop(entries))) {
+            try {
+                new RestoreJob(job, new Metadata(files, job.report(), closed), store, target).restore(entries);
+                finished = true;
+            } finally {
+                if (!finished) {
+                    job.report().endedEarly(target.leftBehind());
+                }
+            }
+        }
+    }
+
+    private static Set<String> namesAtTheTop(List<ManifestEntry> entries) {
+        return entries.stream().map(ManifestEntry::path).filter(path -> Names.parent(path).isEmpty())
+                .map(path -> path.toLowerCase(Locale.ROOT)).collect(Collectors.toSet());
     }
 
     private void restore(List<ManifestEntry> entries) {
@@ -66,8 +91,36 @@ final class RestoreJob {
             }
         }
         links.forEach(this::restoreLink);
-        for (int i = directories.size() - 1; i >= 0; i--) {
-            metadata.restore(directories.get(i), targetOf(directories.get(i)));
+        target.releaseBesides("");
+        for (int i = directories.size() - 1; i > 0; i--) {
+            finishDirectory(directories.get(i));
+        }
+        finishTarget(directories.get(0));
+    }
+
+    private void finishDirectory(ManifestEntry entry) {
+        job.stop().check();
+        try {
+            target.requirePlain(entry.path());
+            metadata.restore(entry, targetOf(entry));
+        } catch (IOException e) {
+            job.report().leftOut(targetOf(entry), "its time, attributes and rights are not set: " + Reasons.of(e));
+        }
+    }
+
+    /** Finishes the target itself: its rights, which open it to others, come last of all. */
+    private void finishTarget(ManifestEntry top) {
+        String path = targetOf(top);
+        try {
+            if (Metadata.isCompressed(top)) {
+                target.whileReleased(() -> metadata.compress(path));
+            }
+            target.unmark();
+            target.requirePlain("");
+            metadata.restoreAllButCompression(
+                    target.ownSecurity().isEmpty() ? top : top.withSecurity(target.ownSecurity()), path);
+        } catch (IOException e) {
+            throw new ClientException("The restore cannot be finished: " + Reasons.of(e), e);
         }
     }
 
@@ -85,7 +138,7 @@ final class RestoreJob {
     private void restoreDirectory(ManifestEntry entry, List<ManifestEntry> made) {
         String path = targetOf(entry);
         try {
-            if (entry.path().isEmpty() || files.makeDirectory(path)) {
+            if (entry.path().isEmpty() || makeDirectory(entry, path)) {
                 made.add(entry);
                 job.progress().countDirectory();
                 return;
@@ -100,10 +153,18 @@ final class RestoreJob {
         missingDirectories.add(entry.path());
     }
 
+    private boolean makeDirectory(ManifestEntry entry, String path) throws IOException {
+        target.requireWayTo(Names.parent(entry.path()));
+        boolean made = files.makeDirectory(path);
+        target.requirePlain(Names.parent(entry.path()));
+        return made;
+    }
+
     private void restoreFile(ManifestEntry entry) {
         String path = targetOf(entry);
         job.progress().at(path);
         try {
+            target.requireWayTo(Names.parent(entry.path()));
             if (files.exists(path)) {
                 throw new IOException("something of that name is there already");
             }
@@ -113,6 +174,8 @@ final class RestoreJob {
             } else {
                 writeContent(entry, path);
             }
+            target.requirePlain(Names.parent(entry.path()));
+            metadata.restore(entry, path);
         } catch (DiskFullException e) {
             throw diskFull(e);
         } catch (IOException e) {
@@ -121,7 +184,6 @@ final class RestoreJob {
             return;
         }
         job.progress().countFile();
-        metadata.restore(entry, path);
     }
 
     private void writeContent(ManifestEntry entry, String path) throws IOException {
@@ -149,33 +211,49 @@ final class RestoreJob {
 
     /** Makes, fills and checks one file. Unless it is whole, nothing stays of it. */
     private void write(ManifestEntry entry, String path, long content) throws IOException {
-        long file = create(path, entry.size());
+        long file = create(entry, path);
+        long left = UNKNOWN;
         boolean whole = false;
         try {
             try {
+                // It was made where the way leads now. Nothing is written into it if that is somewhere else.
+                target.requirePlain(Names.parent(entry.path()));
                 if (entry.size() > 0) {
                     copy(entry, content, file);
                 }
             } finally {
+                left = positionOf(file);
                 files.close(file);
             }
-            checkSize(entry, path);
+            left = files.entry(path, false).getSize();
+            if (left != entry.size()) {
+                throw new IOException("only " + left + " of " + entry.size() + " bytes arrived");
+            }
             whole = true;
         } finally {
             if (!whole) {
-                remove(path);
+                remove(entry, path, left);
             }
         }
     }
 
-    private long create(String path, long size) throws IOException {
+    /** Makes a file, and reserves its size where nobody else can read what the disk held there before. */
+    private long create(ManifestEntry entry, String path) throws IOException {
         try {
-            return files.create(path, size);
+            return files.create(path, target.isClosed() ? entry.size() : 0);
         } catch (IOException e) {
-            if (size > 0) {
-                removeUnfilled(path);
+            if (Reasons.of(e).startsWith(MADE_WITHOUT_SIZE)) {
+                remove(entry, path, 0);
             }
             throw e;
+        }
+    }
+
+    private long positionOf(long file) {
+        try {
+            return files.position(file);
+        } catch (IOException e) {
+            return UNKNOWN;
         }
     }
 
@@ -191,43 +269,44 @@ final class RestoreJob {
         }
     }
 
-    private void checkSize(ManifestEntry entry, String path) throws IOException {
-        long size = files.entry(path, false).getSize();
-        if (size != entry.size()) {
-            throw new IOException("only " + size + " of " + entry.size() + " bytes arrived");
-        }
-    }
-
-    /** Removes what a failed reservation may have left: nothing was there before, and nothing is in it. */
-    private void removeUnfilled(String path) {
+    /**
+     * Removes a file that this restore has made. No handle tells whose a file is, so that it must still be where it
+     * was made, and have the size that it was left with.
+     */
+    private void remove(ManifestEntry entry, String path, long size) {
         try {
-            if (files.exists(path) && files.entry(path, false).getSize() == 0) {
-                remove(path);
+            target.requireWayTo(Names.parent(entry.path()));
+            if (files.entry(path, false).getSize() != size) {
+                throw new IOException("it is not as it was left");
+            }
+            if (!files.delete(path)) {
+                throw new IOException("the system refuses");
             }
         } catch (IOException e) {
-            job.report().leftOut(path, "what was begun of it may still be there: " + Reasons.of(e));
-        }
-    }
-
-    private void remove(String path) {
-        if (!files.delete(path)) {
-            job.report().leftOut(path, "what was begun of it cannot be removed");
+            job.report().leftOut(path, "what was begun of it cannot be removed: " + Reasons.of(e));
         }
     }
 
     private void restoreLink(ManifestEntry entry) {
         job.stop().check();
         String path = targetOf(entry);
-        if (files.exists(path)) {
-            job.report().leftOut(path, "something of that name is there already");
+        try {
+            target.requireWayTo(Names.parent(entry.path()));
+            if (files.exists(path)) {
+                job.report().leftOut(path, "something of that name is there already");
+                return;
+            }
+        } catch (IOException e) {
+            job.report().leftOut(path, Reasons.of(e));
             return;
         }
         try {
             files.makeLink(entry.type().linkKind(), path, entry.linkTarget());
+            target.requirePlain(Names.parent(entry.path()));
             requireLink(entry, path);
         } catch (IOException e) {
             job.report().leftOut(path, "the link cannot be made: " + Reasons.of(e));
-            removeFailedLink(path);
+            removeFailedLink(entry, path);
             return;
         }
         job.progress().countLink();
@@ -255,18 +334,23 @@ final class RestoreJob {
     }
 
     /** Removes what a failed attempt left, such as the directory of a junction: nothing was there before. */
-    private void removeFailedLink(String path) {
-        if (files.exists(path) && !files.delete(path) && !files.deleteEmptyDirectory(path)) {
-            job.report().leftOut(path, "what was begun of it cannot be removed");
+    private void removeFailedLink(ManifestEntry entry, String path) {
+        try {
+            target.requireWayTo(Names.parent(entry.path()));
+            if (files.exists(path) && !files.delete(path) && !files.deleteEmptyDirectory(path)) {
+                throw new IOException("the system refuses");
+            }
+        } catch (IOException e) {
+            job.report().leftOut(path, "what was begun of it cannot be removed: " + Reasons.of(e));
         }
     }
 
     private String targetOf(ManifestEntry entry) {
-        return Names.join(target, entry.path());
+        return target.place(entry.path());
     }
 
     private ClientException diskFull(DiskFullException cause) {
-        return new ClientException("The disk of the target " + Escapes.printable(target) + " is full, and the restore"
+        return new ClientException("The disk of the target " + Escapes.printable(target.place("")) + " is full, and the restore"
                 + " is not finished: " + Reasons.of(cause), cause);
     }
 }

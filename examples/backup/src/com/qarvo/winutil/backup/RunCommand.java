@@ -19,6 +19,9 @@ import picocli.CommandLine.Spec;
 /** Runs a program as the user of a session and passes on what it writes. */
 @CommandLine.Command(name = "run", description = {
     "Runs a program as the user who is logged on in a session, and shows what it writes while it runs.",
+    "Where the user is an administrator the program runs elevated, while its environment is the user's own: what it"
+        + " finds by PATH, or by another variable that the user may set, then runs elevated too. Name it by its full"
+        + " path.",
     "The program has no input. Only the local system account may start programs in sessions. An exit code other than 0"
         + " is reported, and makes that of this command 1; an interrupt ends the program."})
 final class RunCommand implements Callable<Integer> {

@@ -28,13 +28,21 @@ final class Store {
                 + Long.toHexString(System.nanoTime());
     }
 
-    /** Makes a new store in a folder that is missing or empty. */
-    static Store create(NativeFiles files, String path) {
+    /**
+     * Makes a new store in a folder that is missing or empty.
+     *
+     * @param share whether a folder that is made gets the rights that its own folder gives it, instead of being closed
+     */
+    static Store create(NativeFiles files, String path, boolean share) {
         Store store = new Store(files, path);
         if (files.exists(path)) {
             store.refuseUnlessEmpty();
         }
-        Folders.makeIfMissing(files, path, "store");
+        if (share) {
+            Folders.makeIfMissing(files, path, "store");
+        } else if (Folders.makeClosedIfMissing(files, path, "store")) {
+            store.closeToOthers();
+        }
         try {
             if (!files.makeDirectory(Names.join(path, DATA))) {
                 throw new ClientException("Something else is writing to " + Escapes.printable(path)
@@ -44,6 +52,16 @@ final class Store {
             throw failure(path, e);
         }
         return store;
+    }
+
+    private void closeToOthers() {
+        try {
+            ClosedRights.of(files).close(files, path);
+        } catch (IOException e) {
+            files.deleteEmptyDirectory(path);
+            throw new ClientException("The store " + Escapes.printable(path) + " cannot be closed to others: "
+                    + Reasons.of(e) + "; --share-store leaves it as open as its folder.", e);
+        }
     }
 
     /** Opens a finished store. */
@@ -95,10 +113,18 @@ final class Store {
     List<ManifestEntry> readManifest() {
         String manifest = Names.join(path, MANIFEST);
         try (NativeInputStream in = new NativeInputStream(files, manifest)) {
-            return ManifestReader.read(in);
+            return withUnreadNamed(ManifestReader.read(in));
         } catch (IOException e) {
             throw new ClientException(Escapes.printable(manifest) + " cannot be used: " + Reasons.of(e), e);
         }
+    }
+
+    /** Older backups left the field empty when a descriptor could not be read; all are empty only if none was wanted. */
+    private static List<ManifestEntry> withUnreadNamed(List<ManifestEntry> entries) {
+        if (entries.stream().noneMatch(ManifestEntry::hasSecurity)) {
+            return entries;
+        }
+        return entries.stream().map(e -> e.hasSecurity() ? e : e.withSecurity(ManifestEntry.UNREAD)).toList();
     }
 
     /** Turns a failure to write into the sentence that ends a backup. */
@@ -121,7 +147,7 @@ final class Store {
             throw new ClientException(shown + " holds a backup that was not finished; a backup needs a new or an"
                     + " empty folder.");
         }
-        if (!found.isEmpty()) {
+        if (!Folders.isEmpty(path, found)) {
             throw new ClientException(shown + " is not empty; a backup needs a new or an empty folder.");
         }
     }

@@ -83,7 +83,8 @@ final class Transfer {
             digest.update(hashed.limit(start + count).position(start));
             size += count;
             progress.countBytes(count);
-            count = files.read(file, buffer, start, blockSize, sectorSize);
+            // A short block is the last one. Unbuffered, the system would refuse to read on from there.
+            count = count < blockSize ? 0 : files.read(file, buffer, start, blockSize, sectorSize);
         }
         return new Content(size, HexFormat.of().formatHex(digest.digest()));
     }

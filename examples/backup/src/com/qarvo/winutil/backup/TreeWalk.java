@@ -18,6 +18,7 @@ final class TreeWalk {
     private final Report report;
     private final boolean withSecurity;
     private final String root;
+    private final Way way;
     private final Deque<Found> waiting = new ArrayDeque<>();
 
     /**
@@ -28,6 +29,11 @@ final class TreeWalk {
      * @param securityProblem why it has no security descriptor here, null when it has one or none was wanted
      */
     record Found(String path, WinFile entry, String securityProblem) {
+        /** Gives its descriptor as a manifest has it. */
+        String security() {
+            return securityProblem == null ? entry.getSecurityDescriptor() : ManifestEntry.UNREAD;
+        }
+
         /**
          * Gives the time of the last write of a file as it is now: what its folder says of a file that is open
          * elsewhere may be out of date. Where the file does not tell, it is good enough.
@@ -59,6 +65,7 @@ final class TreeWalk {
         this.report = report;
         this.withSecurity = withSecurity;
         this.root = root;
+        this.way = new Way(files, root);
     }
 
     /**
@@ -72,9 +79,20 @@ final class TreeWalk {
         while (!waiting.isEmpty()) {
             stop.check();
             Found directory = waiting.pop();
-            if (visitor.directory(directory)) {
+            if (isStillThere(directory) && visitor.directory(directory)) {
                 visitEntries(directory, visitor, stop);
             }
+        }
+    }
+
+    /** Looks again at a directory that has waited for its turn, or was listed: nobody leads the walk out of the tree. */
+    private boolean isStillThere(Found directory) {
+        try {
+            way.require(directory.path());
+            return true;
+        } catch (IOException e) {
+            report.leftOut(Names.join(root, directory.path()), Reasons.of(e));
+            return false;
         }
     }
 
@@ -100,7 +118,11 @@ final class TreeWalk {
         String path = Names.join(root, directory.path());
         int nameStart = Names.join(path, "x").length() - 1;
         Map<String, String> reasons = new HashMap<>();
-        for (WinFile entry : list(path, reasons)) {
+        List<WinFile> entries = list(path, reasons);
+        if (!isStillThere(directory)) {
+            return;
+        }
+        for (WinFile entry : entries) {
             stop.check();
             String name = entry.getPath().substring(nameStart);
             visit(name, found(Names.join(directory.path(), name), entry, reasons), visitor, directories);

@@ -30,7 +30,9 @@ final class VerifyJob implements TreeWalk.Visitor {
         VerifyJob verify = new VerifyJob(job, withSecurity, tree);
         job.files().useBackupPrivilege();
         Store store = Store.open(job.files(), storePath);
-        Folders.entries(job.files(), tree, "tree");
+        if (RestoreTarget.isUnfinished(Folders.entries(job.files(), tree, "tree"))) {
+            job.report().differs(tree, "a restore into it was not finished");
+        }
         store.readManifest().forEach(entry -> verify.expected.put(entry.path(), entry));
         new TreeWalk(job.files(), job.report(), withSecurity, tree).run(verify, job.stop());
         verify.expected.values().forEach(entry -> verify.differs(entry.path(), "it is missing"));
@@ -127,9 +129,13 @@ final class VerifyJob implements TreeWalk.Visitor {
         }
     }
 
-    /** Compares what a backup has read; where it could not, it has said so. */
     private void compareSecurity(ManifestEntry entry, Found found) {
-        if (!withSecurity || entry.security().isEmpty()) {
+        if (!withSecurity || !entry.hasSecurity()) {
+            return;
+        }
+        if (entry.isSecurityUnread()) {
+            job.report().unknown(found.entry().getPath(), "its security descriptor could not be read for the backup,"
+                    + " so that there is nothing to compare with");
             return;
         }
         if (found.securityProblem() != null) {

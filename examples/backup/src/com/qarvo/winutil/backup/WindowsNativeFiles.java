@@ -9,13 +9,19 @@ import com.qarvo.kel.util.Win32;
 import com.qarvo.kel.util.WinFileList;
 import com.qarvo.kel.util.WinFileList.WinFile;
 import com.qarvo.kel.util.WindowsUtil;
+import java.io.File;
 import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.nio.channels.FileChannel;
+import java.nio.file.FileAlreadyExistsException;
+import java.nio.file.FileSystemException;
 import java.nio.file.Files;
 import java.nio.file.InvalidPathException;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
+import java.nio.file.attribute.AclEntry;
+import java.nio.file.attribute.FileAttribute;
+import java.util.List;
 import java.util.function.BiConsumer;
 import java.util.function.Consumer;
 
@@ -30,6 +36,19 @@ final class WindowsNativeFiles implements NativeFiles {
     private static final int NO_LINK_TYPE = 0xFF;
 
     private final WindowsUtil util = new WindowsUtil();
+
+    /** A list of rights without entries, for something that is about to be made. */
+    private static final class NoRights implements FileAttribute<List<AclEntry>> {
+        @Override
+        public String name() {
+            return "acl:acl";
+        }
+
+        @Override
+        public List<AclEntry> value() {
+            return List.of();
+        }
+    }
 
     @Override
     public String absolutePath(String path) {
@@ -71,11 +90,28 @@ final class WindowsNativeFiles implements NativeFiles {
         };
         try {
             util.listWinFiles(found, directory, withSecurity, true, listener, true);
+        } catch (IOException e) {
+            if (!isEmptyRoot(directory)) {
+                throw e;
+            }
         } finally {
             for (WinFile entry : found.files()) {
                 entries.accept(withSecurity && needsExtended(entry.getPath()) ? secured(entry, errors) : entry);
             }
         }
+    }
+
+    /**
+     * Tells whether a directory is the root of a drive with nothing in it: it lacks the entries "." and ".." too, so
+     * that the system says of it that no file was found. Java tells that from a failure, which has no list.
+     */
+    private static boolean isEmptyRoot(String directory) {
+        File root = new File(directory);
+        if (root.getParentFile() != null) {
+            return false;
+        }
+        String[] names = root.list();
+        return names != null && names.length == 0;
     }
 
     @Override
@@ -93,6 +129,18 @@ final class WindowsNativeFiles implements NativeFiles {
     @Override
     public boolean exists(String path) {
         return util.exists(extended(path));
+    }
+
+    @Override
+    public int attributes(String path) {
+        return util.getFileAttr(extended(path));
+    }
+
+    @Override
+    public String security(String path) {
+        // Not that of a record, which has none of a directory on some file systems that know rights.
+        return util.getWinSecurityDescriptor(extended(path), Win32.OWNER_SECURITY_INFORMATION
+                | Win32.GROUP_SECURITY_INFORMATION | Win32.DACL_SECURITY_INFORMATION, null);
     }
 
     @Override
@@ -171,6 +219,25 @@ final class WindowsNativeFiles implements NativeFiles {
     }
 
     @Override
+    public boolean makeClosedDirectory(String path) throws IOException {
+        try {
+            Files.createDirectory(Path.of(path), new NoRights());
+            return true;
+        } catch (FileAlreadyExistsException e) {
+            return false;
+        } catch (FileSystemException e) {
+            throw new IOException(e.getReason() == null ? e.getMessage() : e.getReason(), e);
+        }
+    }
+
+    @Override
+    public long hold(String directory) throws IOException {
+        // The library shares what it opens for reading and writing, and never for deleting.
+        return util.createFileNC(extended(directory), Win32.GENERIC_READ, Win32.OPEN_EXISTING,
+                Win32.FILE_FLAG_BACKUP_SEMANTICS | Win32.FILE_FLAG_OPEN_REPARSE_POINT);
+    }
+
+    @Override
     public boolean setLastModified(String path, long milliseconds) {
         return util.setLastModified(extended(path), milliseconds);
     }
@@ -203,6 +270,16 @@ final class WindowsNativeFiles implements NativeFiles {
         } catch (IOException | InvalidPathException e) {
             return false;
         }
+    }
+
+    @Override
+    public boolean isAdministrator() {
+        return util.isUserAnAdmin();
+    }
+
+    @Override
+    public String account() {
+        return util.getSID();
     }
 
     @Override

@@ -13,6 +13,7 @@ import java.util.Random;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.ValueSource;
 
 class BackupTest {
@@ -138,7 +139,7 @@ class BackupTest {
         assertEquals(1, result.code());
         assertEquals("left out: C:\\src\\a.txt: its security descriptor cannot be read: Access denied.\n",
                 result.err());
-        assertEquals("", entry("a.txt").security());
+        assertEquals(ManifestEntry.UNREAD, entry("a.txt").security());
     }
 
     @Test
@@ -211,6 +212,17 @@ class BackupTest {
             String stored = String.format("C:\\store\\data\\00000\\%08d", entry.content());
             assertArrayEquals(content, files.node(stored).content);
         }
+    }
+
+    @ParameterizedTest
+    @CsvSource({"511, 1", "512, 2", "513, 2", "1023, 2", "1024, 3"})
+    void nothingIsReadBehindAShortBlock(int size, int reads) {
+        files.addFile("C:\\other\\sized", "").content = new byte[size];
+        files.addDirectory("C:\\other");
+
+        bed.run("backup", "--block-size", "512", "C:\\other", "C:\\store");
+
+        assertEquals(reads, files.reads);
     }
 
     @Test

@@ -90,12 +90,12 @@ final class Bed {
     }
 
     static String directoryLine(String path) {
-        return "directory\t" + path + "\t0\t2024-05-01T10:00:00.123Z\t0x00000010\t-\t0\t-\t-";
+        return "directory\t" + path + "\t0\t2024-05-01T10:00:00.123Z\t0x00000010\t-\t0\t-\t" + FakeDisk.SDDL;
     }
 
     static String fileLine(String path, long size, String sha256, long content) {
         return "file\t" + path + "\t" + size + "\t2024-05-01T10:00:00Z\t0x00000020\t" + sha256 + "\t" + content
-                + "\t-\t-";
+                + "\t-\t" + FakeDisk.SDDL;
     }
 
     static String sha256(String text) {

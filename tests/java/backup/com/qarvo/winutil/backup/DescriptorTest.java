@@ -1,10 +1,13 @@
 package com.qarvo.winutil.backup;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.IOException;
 import java.util.List;
+import java.util.Set;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
@@ -72,5 +75,20 @@ class DescriptorTest {
     void noListAtAllIsNotTheEmptyOne() throws IOException {
         assertEquals(List.of("its access rights are NO_ACCESS_CONTROL instead of none"),
                 Descriptor.parse("D:").differencesOf(Descriptor.parse("D:NO_ACCESS_CONTROL")));
+    }
+
+    @ParameterizedTest
+    @ValueSource(strings = {"O:BAG:SYD:P(A;;FA;;;SY)", "O:SYD:(A;OICI;FA;;;BA)(A;ID;FR;;;SY)", "O:BAD:",
+        "O:BAD:(D;;FA;;;WD)(A;;FA;;;SY)"})
+    void grantsNothingToOthers(String text) throws IOException {
+        assertTrue(Descriptor.parse(text).grantsOnly(Set.of("SY", "BA")));
+    }
+
+    @ParameterizedTest
+    @ValueSource(strings = {"D:P(A;;FA;;;SY)", "O:WDD:P(A;;FA;;;SY)", "O:BA", "O:BAD:NO_ACCESS_CONTROL",
+        "O:BAD:PNO_ACCESS_CONTROL", "O:BAD:(A;;FR;;;WD)", "O:BAD:(A;;FA;;;SY)(A;;0x1;;;S-1-5-21-1-2-3-4)",
+        "O:BAD:(XA;;FA;;;SY;(@User.x==1))", "O:BAD:(OA;;CR;;;SY)", "O:BAD:(A;;FA;;;SY;(x))"})
+    void grantsSomethingToOthersOrMayDo(String text) throws IOException {
+        assertFalse(Descriptor.parse(text).grantsOnly(Set.of("SY", "BA")));
     }
 }

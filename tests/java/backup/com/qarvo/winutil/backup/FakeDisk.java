@@ -7,10 +7,13 @@ import java.nio.charset.StandardCharsets;
 import java.util.List;
 import java.util.Map;
 import java.util.TreeMap;
+import java.util.regex.Matcher;
+import java.util.regex.Pattern;
+import java.util.stream.Collectors;
 
 /** What is on a disk in memory. Names do not differ by case. */
 class FakeDisk {
-    static final String SDDL = "O:BAG:SYD:(A;;FA;;;SY)";
+    static final String SDDL = "O:BAG:SYD:(A;;FA;;;SY)(A;;FR;;;WD)";
 
     /** What is at a path. */
     static final class Node {
@@ -53,6 +56,18 @@ class FakeDisk {
         return nodes.get(path);
     }
 
+    /** Adds what a program makes there: it gets the rights that its folder hands down. */
+    Node inherit(Node node) {
+        Node folder = nodes.get(Names.parent(node.path));
+        Matcher entries = Pattern.compile("\\(A;OICI[A-Z]*;([^)]*)\\)").matcher(folder.security);
+        String inherited = entries.results().map(e -> "(A;" + (node.directory ? "OICIID;" : "ID;") + e.group(1) + ")")
+                .collect(Collectors.joining());
+        if (!inherited.isEmpty()) {
+            node.security = "O:BAG:SYD:AI" + inherited;
+        }
+        return node;
+    }
+
     String text(String path) {
         return new String(nodes.get(path).content, StandardCharsets.UTF_8);
     }
@@ -75,10 +90,44 @@ class FakeDisk {
     }
 
     Node find(String path) throws FileNotFoundException {
-        Node node = nodes.get(path.endsWith("\\") ? path.substring(0, path.length() - 1) : path);
+        Node node = at(path.endsWith("\\") ? path.substring(0, path.length() - 1) : path);
         if (node == null) {
             throw new FileNotFoundException("");
         }
         return node;
+    }
+
+    /** What a path leads to, null for nothing; the last name is not followed when it is that of a link. */
+    Node at(String path) {
+        return nodes.get(real(path));
+    }
+
+    /** A path with the links in the middle of it followed. */
+    String real(String path) {
+        String parent = Names.parent(path);
+        if (parent.isEmpty()) {
+            return path;
+        }
+        String realParent = real(parent);
+        Node folder = nodes.get(realParent);
+        boolean link = folder != null && folder.directory && !folder.target.isEmpty();
+        return (link ? real(folder.target) : realParent) + path.substring(parent.length());
+    }
+
+    /** Gives a folder another name, with all below it, as somebody else would. */
+    void move(String from, String to) {
+        for (Node node : List.copyOf(nodes.values())) {
+            if (node.path.equals(from) || node.path.startsWith(from + "\\")) {
+                nodes.remove(node.path);
+                node.path = to + node.path.substring(from.length());
+                nodes.put(node.path, node);
+            }
+        }
+    }
+
+    /** Tells whether others than the system and the administrators may do anything with what is at a path. */
+    boolean isOpenToOthers(String path) {
+        String rights = nodes.get(path).security.replaceFirst("^.*D:", "D:");
+        return rights.replaceAll("\\([^)]*;(SY|BA)\\)", "").contains("(");
     }
 }

@@ -83,7 +83,7 @@ class RestoreLinksTest {
         Bed.Result result = backupAndRestore();
 
         assertEquals("left out: C:\\out\\j" + REFUSED
-                + "left out: C:\\out\\j: what was begun of it cannot be removed\n", result.err());
+                + "left out: C:\\out\\j: what was begun of it cannot be removed: the system refuses\n", result.err());
     }
 
     @Test

@@ -1,6 +1,7 @@
 package com.qarvo.winutil.backup;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNull;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.util.List;
@@ -8,7 +9,7 @@ import org.junit.jupiter.api.Test;
 
 class RestoreMetadataTest {
     private static final String OTHER = "O:S-1-5-21-1-2-3-500G:BUD:P(A;OICI;FA;;;BA)(D;;FW;;;WD)";
-    private static final String DENIED = "Fail to set security descriptor: (5) Access denied.\n";
+    private static final String DENIED = "Fail to set security descriptor: (5) Access denied.";
 
     private final Bed bed = new Bed().withSource();
     private final FakeFiles files = bed.files;
@@ -36,10 +37,11 @@ class RestoreMetadataTest {
         Bed.Result result = backupAndRestore();
 
         assertEquals(0, result.code(), result.err());
-        for (String path : List.of("", "\\a.txt", "\\sub")) {
+        for (String path : List.of("\\a.txt", "\\sub")) {
             assertEquals(files.node("C:\\src" + path).security, files.node("C:\\out" + path).security, path);
         }
-        assertTrue(files.calls.contains("security 4 C:\\out"), "a missing owner is not set");
+        assertEquals("security 4 C:\\out", files.calls.get(files.calls.size() - 1), "a missing owner is not set");
+        assertTrue(files.node("C:\\out").security.endsWith("D:(A;;FA;;;WD)"));
     }
 
     @Test
@@ -47,7 +49,7 @@ class RestoreMetadataTest {
         backupAndRestore();
 
         int asked = files.calls.indexOf("privilege restore");
-        assertTrue(asked >= 0 && asked < files.calls.indexOf("mkdir C:\\out"), files.calls.toString());
+        assertTrue(asked >= 0 && asked < files.calls.indexOf("mkdir-closed C:\\out"), files.calls.toString());
     }
 
     @Test
@@ -70,42 +72,70 @@ class RestoreMetadataTest {
         Bed.Result result = backupAndRestore();
 
         assertEquals(1, result.code());
-        assertEquals("left out: C:\\out\\a.txt: its security descriptor cannot be set: " + DENIED, result.err());
+        assertEquals("left out: C:\\out\\a.txt: its security descriptor cannot be set: " + DENIED
+                + "; it cannot be closed to others either\n", result.err());
         assertEquals("alpha", files.text("C:\\out\\a.txt"));
         assertEquals("beta", files.text("C:\\out\\sub\\b.txt"));
         assertTrue(result.out().contains("; 1 left out."), result.out());
     }
 
     @Test
-    void rightsAloneAreNotTriedTwice() {
+    void rightsAloneAreNotTriedTwiceButClosedInstead() {
         source.security = "D:(A;;FA;;;WD)";
         files.unsecurable.add("C:\\out\\a.txt");
 
         backupAndRestore();
 
-        assertEquals(1, files.calls.stream().filter(c -> c.equals("security 4 C:\\out\\a.txt")).count());
+        assertEquals(2, files.calls.stream().filter(c -> c.equals("security 4 C:\\out\\a.txt")).count());
     }
 
     @Test
     void aDescriptorThatIsNoneIsReportedAndNotGivenToTheSystem() {
-        bed.withManifest(Bed.directoryLine("."), Bed.fileLine("a", 0, Bed.sha256(""), 0).replaceFirst("-$", "S:x"));
+        assertClosed("S:x", "its security descriptor in the store is no such thing, and not set");
+    }
+
+    @Test
+    void aDescriptorWithoutAccessRightsOpensNothing() {
+        assertClosed("O:WDG:WD", "its security descriptor in the store has no access rights");
+    }
+
+    @Test
+    void whatHadAnUnreadableDescriptorIsClosedToOthers() {
+        assertClosed(ManifestEntry.UNREAD, "its security descriptor could not be read for the backup");
+    }
+
+    @Test
+    void anEmptyDescriptorBesideOthersIsAnUnreadableOneOfAnOlderBackup() {
+        assertClosed("-", "its security descriptor could not be read for the backup");
+    }
+
+    private void assertClosed(String security, String reason) {
+        bed.withManifest(Bed.directoryLine("."), withSecurity(Bed.directoryLine("sub"), security),
+                withSecurity(Bed.fileLine("sub/a", 0, Bed.sha256(""), 0), security));
 
         Bed.Result result = bed.restore();
 
         assertEquals(1, result.code());
-        assertEquals("left out: C:\\out\\a: its security descriptor in the store is no such thing, and not set\n",
-                result.err());
-        assertTrue(files.calls.stream().noneMatch(c -> c.startsWith("security")));
+        assertEquals("left out: C:\\out\\sub\\a: " + reason + "; it is closed to others\nleft out: C:\\out\\sub: "
+                + reason + "; it is closed to others\n", result.err());
+        assertEquals("O:BAG:SYD:P(A;;FA;;;SY)(A;;FA;;;BA)", files.node("C:\\out\\sub\\a").security);
+        assertEquals("O:BAG:SYD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)", files.node("C:\\out\\sub").security);
+    }
+
+    private static String withSecurity(String line, String security) {
+        return line.substring(0, line.lastIndexOf('\t') + 1) + security;
     }
 
     @Test
-    void aManifestWithoutDescriptorsIsRestoredAsItIs() {
-        bed.withManifest(Bed.directoryLine("."), Bed.fileLine("a", 0, Bed.sha256(""), 0));
+    void aBackupWithoutDescriptorsIsRestoredOnRequestOnly() {
+        bed.run("backup", "--no-security", "C:\\src", "C:\\store");
 
-        Bed.Result result = bed.restore();
+        Bed.Result refused = bed.restore();
 
-        assertEquals(0, result.code(), result.err());
-        assertTrue(files.calls.stream().noneMatch(c -> c.startsWith("security")));
+        assertEquals(new Bed.Result(2, "", "The store C:\\store has no owners and access rights; --no-security restores"
+                + " without them.\n"), refused);
+        assertNull(files.node("C:\\out"));
+        assertEquals(0, bed.run("restore", "--no-security", "C:\\store", "C:\\out").code());
     }
 
     @Test
@@ -115,7 +145,8 @@ class RestoreMetadataTest {
         Bed.Result result = bed.run("restore", "--no-security", "C:\\store", "C:\\out");
 
         assertEquals(0, result.code(), result.err());
-        assertTrue(files.calls.stream().noneMatch(c -> c.startsWith("security")));
+        assertTrue(callsFor("C:\\out").stream().noneMatch(c -> c.startsWith("security") || c.contains("closed")));
+        assertTrue(files.isOpenToOthers("C:\\out"));
     }
 
     @Test

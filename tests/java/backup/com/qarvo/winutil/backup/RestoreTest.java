@@ -12,6 +12,8 @@ import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.ValueSource;
 
 class RestoreTest {
+    private static final String NOT_FINISHED = "C:\\out holds a restore that was not finished; its folders, and the"
+            + " files that were not finished, are closed to others.\n";
     private static final String CONTENT = "C:\\store\\data\\00000\\00000001";
 
     private final Bed bed = new Bed().withSource();
@@ -49,8 +51,9 @@ class RestoreTest {
         backupAndRestore();
 
         List<String> calls = files.calls;
-        assertEquals(List.of("time C:\\out\\sub", "attributes C:\\out\\sub", "security 7 C:\\out\\sub", "time C:\\out",
-                "security 7 C:\\out"), calls.subList(calls.size() - 5, calls.size()));
+        assertEquals(List.of("time C:\\out\\sub", "attributes C:\\out\\sub", "security 7 C:\\out\\sub",
+                "delete C:\\out\\restore-unfinished", "time C:\\out", "security 7 C:\\out"),
+                calls.subList(calls.size() - 6, calls.size()));
     }
 
     @Test
@@ -134,7 +137,7 @@ class RestoreTest {
         Bed.Result result = bed.restore();
 
         assertEquals(2, result.code());
-        assertEquals("The disk of the target C:\\out is full, and the restore is not finished: [WriteFile] (112) Disk"
+        assertEquals(NOT_FINISHED + "The disk of the target C:\\out is full, and the restore is not finished: [WriteFile] (112) Disk"
                 + " full.\n", result.err());
         assertNull(files.node("C:\\out\\a.txt"));
         assertNotNull(files.node("C:\\store\\manifest.txt"));
@@ -149,14 +152,14 @@ class RestoreTest {
         Bed.Result result = bed.restore();
 
         assertEquals(2, result.code());
-        assertTrue(result.err().startsWith("The disk of the target C:\\out is full"), result.err());
+        assertTrue(result.err().startsWith(NOT_FINISHED + "The disk of the target C:\\out is full"), result.err());
         assertNull(files.node("C:\\out\\a.txt"));
     }
 
     @Test
     void aFullDiskAtTheReservationLeavesNoEmptyFile() {
         bed.backup();
-        files.freeBytes = 4;
+        files.before.put("C:\\out\\a.txt", () -> files.freeBytes = 4);
 
         Bed.Result result = bed.restore();
 
@@ -180,8 +183,7 @@ class RestoreTest {
     @Test
     void aFullDiskAtADirectoryEndsTheRestore() {
         bed.backup();
-        files.addDirectory("C:\\out");
-        files.freeBytes = 5;
+        files.before.put("C:\\out\\sub", () -> files.freeBytes = 0);
 
         Bed.Result result = bed.restore();
 
@@ -274,7 +276,7 @@ class RestoreTest {
         Bed.Result result = bed.restore();
 
         assertEquals(2, result.code());
-        assertEquals("Stopped before the end.\n", result.err());
+        assertEquals(NOT_FINISHED + "Stopped before the end.\n", result.err());
         assertNull(files.node("C:\\out\\a.txt"));
     }
 

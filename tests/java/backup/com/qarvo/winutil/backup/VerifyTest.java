@@ -95,20 +95,20 @@ class VerifyTest {
 
     @Test
     void findsAnotherOwnerAndOtherRights() {
-        files.node("C:\\src\\a.txt").security = "O:WDG:SYD:(A;;FA;;;SY)";
+        files.node("C:\\src\\a.txt").security = "O:WDG:SYD:(A;;FA;;;SY)(A;;FR;;;WD)";
         files.node("C:\\src\\sub").security = "O:BAG:SYD:P(A;;FA;;;SY)";
 
         Bed.Result result = bed.verify("C:\\src");
 
         assertEquals("differs: C:\\src\\a.txt: its owner is WD instead of BA\n"
-                + "differs: C:\\src\\sub: its access rights are P(A;;FA;;;SY) instead of (A;;FA;;;SY)\n",
+                + "differs: C:\\src\\sub: its access rights are P(A;;FA;;;SY) instead of (A;;FA;;;SY)(A;;FR;;;WD)\n",
                 result.err());
         assertEquals(1, result.code());
     }
 
     @Test
     void doesNotCompareDescriptorsOnRequest() {
-        files.node("C:\\src\\a.txt").security = "O:WDG:SYD:(A;;FA;;;SY)";
+        files.node("C:\\src\\a.txt").security = "O:WDG:SYD:(A;;FA;;;SY)(A;;FR;;;WD)";
         files.withoutSecurity.add("C:\\src\\sub");
 
         assertEquals(0, bed.run("verify", "--no-security", "C:\\store", "C:\\src").code());
@@ -133,12 +133,33 @@ class VerifyTest {
     }
 
     @Test
-    void comparesNoDescriptorThatTheBackupCouldNotRead() {
+    void aDescriptorThatTheBackupCouldNotReadIsUnknownAndNotEqual() {
         files.node("C:\\src").security = "";
         bed.run("backup", "C:\\src", "C:\\second");
         files.node("C:\\src").security = FakeFiles.SDDL;
 
+        Bed.Result result = bed.run("verify", "C:\\second", "C:\\src");
+
+        assertEquals(1, result.code());
+        assertEquals("unknown: C:\\src: its security descriptor could not be read for the backup, so that there is"
+                + " nothing to compare with\n", result.err());
+    }
+
+    @Test
+    void aBackupWithoutDescriptorsIsComparedWithoutThem() {
+        bed.run("backup", "--no-security", "C:\\src", "C:\\second");
+
         assertEquals(0, bed.run("verify", "C:\\second", "C:\\src").code());
+    }
+
+    @Test
+    void aTreeWhoseRestoreWasNotFinishedDiffers() {
+        files.addFile("C:\\src\\restore-unfinished", "");
+
+        Bed.Result result = bed.verify("C:\\src");
+
+        assertEquals(1, result.code());
+        assertTrue(result.err().startsWith("differs: C:\\src: a restore into it was not finished\n"), result.err());
     }
 
     @Test

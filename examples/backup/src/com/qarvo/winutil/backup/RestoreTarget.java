@@ -1,0 +1,254 @@
+package com.qarvo.winutil.backup;
+
+import com.qarvo.kel.util.WinFileList.WinFile;
+import java.io.IOException;
+import java.nio.charset.StandardCharsets;
+import java.util.ArrayDeque;
+import java.util.Deque;
+import java.util.List;
+import java.util.Set;
+
+/**
+ * The folder that a restore writes into. Where rights are restored it is closed to others, with everything below it,
+ * from its first moment until everything in it is as it is to be. The folders that are written into are held open, so
+ * that nobody can rename them, and are looked at before each step, for where that does not hold. A marker file says
+ * until the end that the restore is not finished.
+ */
+final class RestoreTarget implements AutoCloseable {
+    /** How the name of the marker begins. */
+    private static final String MARKER = "restore-unfinished";
+
+    private final NativeFiles files;
+    private final String path;
+    private final ClosedRights rights;
+    private final Way way;
+    /** The innermost comes first. */
+    private final Deque<Held> held = new ArrayDeque<>();
+    private String ownSecurity = "";
+    private boolean made;
+    private String marker;
+
+    /** A folder that is held open; its path is relative to the target. */
+    private record Held(String folder, long file) {
+    }
+
+    private RestoreTarget(NativeFiles files, String path, ClosedRights rights) {
+        this.files = files;
+        this.path = path;
+        this.rights = rights;
+        this.way = new Way(files, path);
+    }
+
+    /**
+     * Requires that a path can become a target: nothing is there, or an empty folder.
+     *
+     * @throws ClientException when it cannot
+     */
+    static void requireUsable(NativeFiles files, String path) {
+        if (!files.exists(path)) {
+            return;
+        }
+        List<WinFile> found = Folders.entries(files, path, "target");
+        if (isUnfinished(found)) {
+            throw new ClientException("The target " + Escapes.printable(path) + " holds a restore that was not"
+                    + " finished; a restore needs a new or an empty folder.");
+        }
+        if (!Folders.isEmpty(path, found)) {
+            throw new ClientException("The target " + Escapes.printable(path) + " exists and is not empty.");
+        }
+        if (!new Way(files, path).isPlainFolder(path)) {
+            throw new ClientException("The target " + Escapes.printable(path) + " is a link or a mounted volume; a restore needs a folder"
+                    + " itself.");
+        }
+    }
+
+    /** Tells from what a folder holds whether a restore into it was not finished. */
+    static boolean isUnfinished(List<WinFile> found) {
+        return found.stream().anyMatch(entry -> entry.getName().startsWith(MARKER));
+    }
+
+    /**
+     * Makes the target, or closes the one that is there, and puts the marker into it.
+     *
+     * @param rights those of a closed folder, null when the target is to stay as open as it is
+     * @param names what is going to be at the top of the target, in lower case
+     * @throws ClientException when that fails; what was made is removed then, and what was closed opened again
+     */
+    static RestoreTarget prepare(NativeFiles files, String path, ClosedRights rights, Set<String> names) {
+        RestoreTarget target = new RestoreTarget(files, path, rights);
+        try {
+            target.makeOrTake();
+            target.mark(names);
+            return target;
+        } catch (IOException e) {
+            throw target.giveUp(new ClientException("The target " + Escapes.printable(path)
+                    + " cannot be restored into: " + Reasons.of(e), e));
+        } catch (ClientException e) {
+            throw target.giveUp(e);
+        }
+    }
+
+    private void makeOrTake() throws IOException {
+        if (rights == null) {
+            made = Folders.makeIfMissing(files, path, "target");
+        } else {
+            made = Folders.makeClosedIfMissing(files, path, "target");
+            close(made ? "" : files.security(path));
+        }
+        hold("");
+        if (!way.isPlainFolder(path) || !Folders.isEmpty(path, Folders.entries(files, path, "target"))) {
+            throw new IOException("somebody else is changing it");
+        }
+    }
+
+    private void close(String securityBefore) throws IOException {
+        try {
+            if (!made) {
+                // What cannot be put back must not be taken away.
+                Descriptor.parse(securityBefore);
+                ownSecurity = securityBefore;
+            }
+            rights.close(files, path);
+        } catch (IOException e) {
+            throw new ClientException("The target " + Escapes.printable(path) + " cannot be closed to others while it"
+                    + " is restored into: " + Reasons.of(e) + "; --no-security restores without owners and rights, and"
+                    + " leaves it open.", e);
+        }
+    }
+
+    private void mark(Set<String> names) throws IOException {
+        String name = MARKER;
+        for (int i = 2; names.contains(name); i++) {
+            name = MARKER + "-" + i;
+        }
+        String text = "The restore into this folder is not finished.\n"
+                + (ownSecurity.isEmpty() ? "" : "The folder's own security descriptor was " + ownSecurity + "\n");
+        marker = Names.join(path, name);
+        try (NativeOutputStream out = new NativeOutputStream(files, marker)) {
+            out.write(text.getBytes(StandardCharsets.UTF_8));
+            out.finish();
+        }
+    }
+
+    /** Leaves what was there as it was, as nothing has been restored yet; gives the reason, and what could not be. */
+    private ClientException giveUp(ClientException reason) {
+        if (marker != null && !held.isEmpty() && way.isPlainFolder(path)) {
+            files.delete(marker);
+        }
+        try {
+            putBackOwnSecurity();
+            return reason;
+        } catch (IOException e) {
+            return new ClientException(reason.getMessage() + " The folder's rights may have been changed, and cannot"
+                    + " be put back to " + Escapes.printable(ownSecurity) + ": " + Reasons.of(e), reason);
+        } finally {
+            close();
+            if (made) {
+                files.deleteEmptyDirectory(path);
+            }
+        }
+    }
+
+    private void putBackOwnSecurity() throws IOException {
+        if (!ownSecurity.isEmpty()) {
+            Descriptor own = Descriptor.parse(ownSecurity);
+            files.setSecurity(path, own.parts(), own.text());
+        }
+    }
+
+    /** Tells whether nobody else can read what is made below it, whatever it is made of. */
+    boolean isClosed() {
+        return rights != null;
+    }
+
+    /** Gives the descriptor that the folder had before, empty when it was made by this restore or left as it is. */
+    String ownSecurity() {
+        return ownSecurity;
+    }
+
+    /** Gives the place of something that is restored, from its path relative to the target. */
+    String place(String relative) {
+        return Names.join(path, relative);
+    }
+
+    /**
+     * Requires that a folder of the target still is where it was made, and holds it open until another branch of the
+     * tree is entered. Before anything is made, changed or removed in it, this must be asked again: a system that
+     * follows links does not keep everybody from renaming what is held.
+     *
+     * @param folder relative to the target, empty for the target itself
+     * @throws IOException when the folder, or one on the way to it, was replaced or cannot be opened
+     */
+    void requireWayTo(String folder) throws IOException {
+        holdDownTo(folder);
+        requirePlain(folder);
+    }
+
+    /** As {@link #requireWayTo}, without holding the folder: some changes to a folder need it closed. */
+    void requirePlain(String folder) throws IOException {
+        if (!way.isPlainFolder(path)) {
+            throw new IOException("the target was replaced meanwhile, or is no longer there");
+        }
+        way.require(folder);
+    }
+
+    private void holdDownTo(String folder) throws IOException {
+        releaseBesides(folder);
+        String inner = held.peek().folder();
+        while (inner.length() < folder.length()) {
+            int separator = folder.indexOf('\\', inner.length() + 1);
+            inner = separator < 0 ? folder : folder.substring(0, separator);
+            hold(inner);
+        }
+    }
+
+    /** Lets go of the folders that are not on the way to this one; the target itself is on every way. */
+    void releaseBesides(String folder) {
+        while (!held.isEmpty() && !isOnTheWay(held.peek().folder(), folder)) {
+            files.close(held.pop().file());
+        }
+    }
+
+    private static boolean isOnTheWay(String outer, String folder) {
+        return outer.isEmpty() || folder.equals(outer) || folder.startsWith(outer + "\\");
+    }
+
+    private void hold(String folder) throws IOException {
+        held.push(new Held(folder, files.hold(place(folder))));
+    }
+
+    /** Runs something that needs the target not to be held. */
+    void whileReleased(Runnable body) throws IOException {
+        close();
+        body.run();
+        hold("");
+        requirePlain("");
+    }
+
+    /** Removes the marker: everything below the target is finished. */
+    void unmark() throws IOException {
+        requireWayTo("");
+        if (!files.delete(marker)) {
+            throw new IOException("it cannot be removed");
+        }
+    }
+
+    String marker() {
+        return marker;
+    }
+
+    /** Says how a restore that ended early has left the target. */
+    String leftBehind() {
+        return Escapes.printable(path) + " holds a restore that was not finished; " + (isClosed()
+                ? "its folders, and the files that were not finished, are closed to others." + (ownSecurity.isEmpty() ? "" : " " + Escapes.printable(marker)
+                        + " has the rights that the folder had before.")
+                : "it is as open as its folder.");
+    }
+
+    @Override
+    public void close() {
+        while (!held.isEmpty()) {
+            files.close(held.pop().file());
+        }
+    }
+}
