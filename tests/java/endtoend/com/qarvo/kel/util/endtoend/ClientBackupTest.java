@@ -232,7 +232,7 @@ class ClientBackupTest extends EndToEnd {
     @Test
     void ofALinkThatCannotBeMadeNothingStays() throws Exception {
         String lines = "winutil-backup 1\n"
-                + "directory\t.\t0\t2024-05-01T10:00:00Z\t0x00000010\t-\t0\t-\t-\n"
+                + "directory\t.\t0\t2024-05-01T10:00:00Z\t0x00000010\t-\t0\t-\tD:(A;;FA;;;SY)\n"
                 + "junction\tlink\t0\t2024-05-01T10:00:00Z\t0x00000410\t-\t0\tC:\\\\data\t-\n";
         byte[] sha256 = MessageDigest.getInstance("SHA-256").digest(lines.getBytes(StandardCharsets.UTF_8));
         Files.createDirectory(store);
