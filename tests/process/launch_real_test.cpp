@@ -66,9 +66,7 @@ protected:
 
     // Reads a stream to its end, with the JVM of the calling thread.
     std::string readToEnd(FakeJava& jvm, jlong cell) {
-        using Function = decltype(Java_com_qarvo_kel_util_WindowsUtil_readHandle);
-        const char name[] = "Java_com_qarvo_kel_util_WindowsUtil_readHandle";
-        const NativeMethod<Function> read(jvm, name, library().exported<Function>(name));
+        const auto read = NATIVE_ON(jvm, readHandle);
         const JavaObject array = jvm.byteArray(std::vector<jbyte>(8192));
         std::string all;
         for (;;) {

@@ -47,14 +47,20 @@ protected:
     static SystemCalls& system() { return library().system(); }
     static Ledger& ledger() { return library().ledger(); }
 
-    // A native method by its exported name; the macro NATIVE is shorter.
+    // A native method by its exported name, called from a Java environment; the macros NATIVE and NATIVE_ON
+    // are shorter.
     template <class Function>
-    NativeMethod<Function> native(const char* name) {
+    static NativeMethod<Function> native(FakeJava& jvm, const char* name) {
         auto* function = library().exported<Function>(name);
         if (function == nullptr) {
             throw std::runtime_error("the library does not export " + std::string(name));
         }
-        return NativeMethod<Function>(java, name, function);
+        return NativeMethod<Function>(jvm, name, function);
+    }
+
+    template <class Function>
+    NativeMethod<Function> native(const char* name) {
+        return native<Function>(java, name);
     }
 
     // The folder of this test, made when it is first asked for.
@@ -75,10 +81,12 @@ Thrown nothingThrown();
 }  // namespace testbed
 
 // NATIVE(exists)(path) calls the native method; an overloaded one has its long name, as in
-// NATIVE(read__J_3BII).
-#define NATIVE(method)                                              \
+// NATIVE(read__J_3BII). NATIVE_ON(jvm, exists)(path) calls it on another thread, from that thread's own
+// FakeJava.
+#define NATIVE(method) NATIVE_ON(java, method)
+#define NATIVE_ON(jvm, method)                                      \
     native<decltype(Java_com_qarvo_kel_util_WindowsUtil_##method)>( \
-        "Java_com_qarvo_kel_util_WindowsUtil_" #method)
+        jvm, "Java_com_qarvo_kel_util_WindowsUtil_" #method)
 
 // REPLACE(CreateFileW, [&](LPCWSTR path, auto... rest) { ... }) puts the body in the function's place until
 // its result goes out of scope; REAL(CreateFileW) is the function of the system.

@@ -53,9 +53,7 @@ protected:
     void interruptFromAnotherThread() {
         std::thread([] {
             FakeJava other;
-            using Interrupt = decltype(Java_com_qarvo_kel_util_WindowsUtil_interruptEncryptFile);
-            const char* name = "Java_com_qarvo_kel_util_WindowsUtil_interruptEncryptFile";
-            NativeMethod<Interrupt>(other, name, library().exported<Interrupt>(name))();
+            NATIVE_ON(other, interruptEncryptFile)();
         }).join();
     }
 
