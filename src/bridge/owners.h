@@ -94,6 +94,18 @@ using LocalMemory = Resource<T*, LocalFree>;
 // Memory from GlobalAlloc.
 using GlobalMemory = Resource<void*, GlobalFree>;
 
+// Holds a lock for the length of a scope, alone. A thread that has it already must not take it again.
+class ExclusiveLock {
+public:
+    explicit ExclusiveLock(SRWLOCK& lock) noexcept : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
+    ExclusiveLock(const ExclusiveLock&) = delete;
+    ExclusiveLock& operator=(const ExclusiveLock&) = delete;
+    ~ExclusiveLock() { ReleaseSRWLockExclusive(&lock_); }
+
+private:
+    SRWLOCK& lock_;
+};
+
 inline void freeToProcessHeap(void* memory) noexcept {
     HeapFree(GetProcessHeap(), 0, memory);
 }

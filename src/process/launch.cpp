@@ -50,31 +50,39 @@ bool allocateCells(const wchar_t* tag, ErrorBuffer& errorBuffer, Cells&... cells
     return (allocateCell(cells) && ...) || outOfMemory(tag, errorBuffer);
 }
 
-bool makeInheritablePipe(OutputPipe& pipe) noexcept {
+bool setInheritable(const KernelHandle& handle, bool inheritable) noexcept {
+    return SetHandleInformation(handle.get(), HANDLE_FLAG_INHERIT, inheritable ? HANDLE_FLAG_INHERIT : 0) !=
+           FALSE;
+}
+
+// Makes a pipe whose write end no process inherits until its child starts.
+bool makePipe(OutputPipe& pipe) noexcept {
     SECURITY_ATTRIBUTES attributes = {};
     static_assert(sizeof(attributes) == 24);
     attributes.nLength = sizeof(attributes);
+    // Required: inheritable at first, because a write end that cannot be switched must reach the child all
+    // the same.
     attributes.bInheritHandle = TRUE;
-    return CreatePipe(pipe.readEnd.receive(), pipe.writeEnd.receive(), &attributes, 0) != FALSE;
+    if (!CreatePipe(pipe.readEnd.receive(), pipe.writeEnd.receive(), &attributes, 0)) {
+        return false;
+    }
+    setInheritable(pipe.writeEnd, false);
+    return true;
 }
 
-bool keepFromChild(const KernelHandle& handle) noexcept {
-    return SetHandleInformation(handle.get(), HANDLE_FLAG_INHERIT, 0) != FALSE;
-}
-
-// Makes both pipes. A child inherits the write ends and not the read ends.
+// Makes both pipes. No process inherits an end of them, but for the write ends while the child starts.
 bool makeOutputPipes(const wchar_t* tag, OutputPipes& pipes, ErrorBuffer& errorBuffer) noexcept {
-    if (!makeInheritablePipe(pipes.output)) {
+    if (!makePipe(pipes.output)) {
         return failed(errorBuffer, GetLastError(), L"%s Failed to CreatePipe for stdout", tag);
     }
-    if (!makeInheritablePipe(pipes.error)) {
+    if (!makePipe(pipes.error)) {
         return failed(errorBuffer, GetLastError(), L"%s Failed to CreatePipe for stderr", tag);
     }
-    if (!keepFromChild(pipes.output.readEnd)) {
+    if (!setInheritable(pipes.output.readEnd, false)) {
         return failed(errorBuffer, GetLastError(), L"%s Failed to SetHandleInformation for hStdOutReadPipe",
                       tag);
     }
-    if (!keepFromChild(pipes.error.readEnd)) {
+    if (!setInheritable(pipes.error.readEnd, false)) {
         return failed(errorBuffer, GetLastError(), L"%s Failed to SetHandleInformation for hStdErrReadPipe",
                       tag);
     }
@@ -99,13 +107,38 @@ bool makePrimaryToken(HANDLE token, HANDLE* primary) noexcept {
            FALSE;
 }
 
-// Starts the child with the write ends as its output. Returns false, with the reason as the last error, when
-// that fails.
+// Held while a child starts. It inherits every handle of this process that can be inherited then: the write
+// ends of another launch, too, whose streams would end only with this child.
+constinit SRWLOCK startLock = SRWLOCK_INIT;
+
+// Lets the write ends be inherited for the length of a scope, and no other launch start its child.
+class InheritableWriteEnds {
+public:
+    explicit InheritableWriteEnds(const OutputPipes& pipes) noexcept : lock_(startLock), pipes_(pipes) {
+        set(true);
+    }
+    InheritableWriteEnds(const InheritableWriteEnds&) = delete;
+    InheritableWriteEnds& operator=(const InheritableWriteEnds&) = delete;
+    ~InheritableWriteEnds() { set(false); }
+
+private:
+    // Where it fails the launch goes on: what it comes to shows in the child's streams.
+    void set(bool inheritable) const noexcept {
+        setInheritable(pipes_.output.writeEnd, inheritable);
+        setInheritable(pipes_.error.writeEnd, inheritable);
+    }
+
+    const ExclusiveLock lock_;
+    const OutputPipes& pipes_;
+};
+
+// Starts the child with the write ends as its output. Returns false, with the reason in `code`, when that
+// fails.
 bool startChild(HANDLE token, const ProgramTexts& program, void* environment, const OutputPipes& pipes,
-                PROCESS_INFORMATION& child) noexcept {
+                PROCESS_INFORMATION& child, DWORD& code) noexcept {
     if (program.application == nullptr && program.commandLine == nullptr) {
         // The system reads one of the two without a look: that would end this process.
-        SetLastError(ERROR_INVALID_PARAMETER);
+        code = ERROR_INVALID_PARAMETER;
         return false;
     }
     STARTUPINFOW startup = {};
@@ -114,9 +147,12 @@ bool startChild(HANDLE token, const ProgramTexts& program, void* environment, co
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = pipes.output.writeEnd.get();
     startup.hStdError = pipes.error.writeEnd.get();
-    return CreateProcessAsUserW(token, program.application, program.commandLine, nullptr, nullptr, TRUE,
-                                CREATE_UNICODE_ENVIRONMENT, environment, program.workingDirectory, &startup,
-                                &child) != FALSE;
+    const InheritableWriteEnds inheritable(pipes);
+    const BOOL started = CreateProcessAsUserW(token, program.application, program.commandLine, nullptr,
+                                              nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT, environment,
+                                              program.workingDirectory, &startup, &child);
+    code = GetLastError();
+    return started != FALSE;
 }
 
 bool startFailed(const wchar_t* tag, DWORD code, const ProgramTexts& program,
@@ -177,8 +213,8 @@ bool startAsUser(const Credentials& account, const ProgramTexts& program, const 
         return accountStepFailed(GetLastError(), L"ImpersonateLoggedOnUser", account, errorBuffer);
     }
     PROCESS_INFORMATION child = {};
-    const bool started = startChild(*cells.token, program, environment.get(), pipes, child);
-    const DWORD code = GetLastError();
+    DWORD code = ERROR_SUCCESS;
+    const bool started = startChild(*cells.token, program, environment.get(), pipes, child, code);
     RevertToSelf();
     if (!started) {
         return startFailed(userTag, code, program, errorBuffer);
@@ -205,8 +241,9 @@ bool startInSession(DWORD session, const ProgramTexts& program, const OutputPipe
         return failed(errorBuffer, GetLastError(), L"%s Failed to CreateEnvironmentBlock.", sessionTag);
     }
     PROCESS_INFORMATION child = {};
-    if (!startChild(primaryToken.get(), program, environment.get(), pipes, child)) {
-        return startFailed(sessionTag, GetLastError(), program, errorBuffer);
+    DWORD code = ERROR_SUCCESS;
+    if (!startChild(primaryToken.get(), program, environment.get(), pipes, child, code)) {
+        return startFailed(sessionTag, code, program, errorBuffer);
     }
     const KernelHandle thread(child.hThread);
     *cells.process = child.hProcess;

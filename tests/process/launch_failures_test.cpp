@@ -46,8 +46,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         FailedStep{"CreatePipe", 1, L" Failed to CreatePipe for stdout", {}},
         FailedStep{"CreatePipe", 2, L" Failed to CreatePipe for stderr", {}},
-        FailedStep{"SetHandleInformation", 1, L" Failed to SetHandleInformation for hStdOutReadPipe", {}},
-        FailedStep{"SetHandleInformation", 2, L" Failed to SetHandleInformation for hStdErrReadPipe", {}},
+        FailedStep{"SetHandleInformation", 3, L" Failed to SetHandleInformation for hStdOutReadPipe", {}},
+        FailedStep{"SetHandleInformation", 4, L" Failed to SetHandleInformation for hStdErrReadPipe", {}},
         FailedStep{"LogonUserW", 1, L" Failed to LogonUserW" FOR_ACCOUNT, {}},
         FailedStep{"GetUserProfileDirectoryW", 1, L" Failed to GetUserProfileDirectory" FOR_ACCOUNT, {}},
         FailedStep{"LoadUserProfileW", 1, L" Failed to LoadUserProfileW", {}},
@@ -79,8 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         FailedStep{"CreatePipe", 1, L" Failed to CreatePipe for stdout", {}},
         FailedStep{"CreatePipe", 2, L" Failed to CreatePipe for stderr", {}},
-        FailedStep{"SetHandleInformation", 1, L" Failed to SetHandleInformation for hStdOutReadPipe", {}},
-        FailedStep{"SetHandleInformation", 2, L" Failed to SetHandleInformation for hStdErrReadPipe", {}},
+        FailedStep{"SetHandleInformation", 3, L" Failed to SetHandleInformation for hStdOutReadPipe", {}},
+        FailedStep{"SetHandleInformation", 4, L" Failed to SetHandleInformation for hStdErrReadPipe", {}},
         FailedStep{"WTSQueryUserToken", 1, L" Failed to get session token", {}},
         FailedStep{"DuplicateTokenEx", 1, L" Failed to DuplicateTokenEx.", {}},
         FailedStep{"CreateEnvironmentBlock", 1, L" Failed to CreateEnvironmentBlock.", {}},

@@ -22,12 +22,14 @@ class SessionLaunch : public LaunchTest {};
 TEST_F(UserLaunch, TakesItsStepsInOrder) {
     release(launchUser());
 
-    EXPECT_THAT(events,
-                ElementsAre("CreatePipe", "CreatePipe", "keep stdout", "keep stderr", "LogonUserW",
-                            "GetUserProfileDirectoryW", "SeBackupPrivilege", "SeRestorePrivilege",
-                            "LoadUserProfileW", "GetTokenInformation", "DuplicateTokenEx",
-                            "CreateEnvironmentBlock", "ImpersonateLoggedOnUser", "CreateProcessAsUserW",
-                            "RevertToSelf", "WinPipe of stdout", "WinPipe of stderr"));
+    EXPECT_THAT(
+        events,
+        ElementsAre("CreatePipe", "stdout write off", "CreatePipe", "stderr write off", "stdout read off",
+                    "stderr read off", "LogonUserW", "GetUserProfileDirectoryW", "SeBackupPrivilege",
+                    "SeRestorePrivilege", "LoadUserProfileW", "GetTokenInformation", "DuplicateTokenEx",
+                    "CreateEnvironmentBlock", "ImpersonateLoggedOnUser", "stdout write on", "stderr write on",
+                    "CreateProcessAsUserW", "stdout write off", "stderr write off", "RevertToSelf",
+                    "WinPipe of stdout", "WinPipe of stderr"));
 }
 
 TEST_F(UserLaunch, LogsTheAccountOnAndLoadsItsProfile) {
@@ -168,10 +170,12 @@ TEST_F(UserLaunch, ClosesTheWriteEndsSoThatTheStreamsEndWithTheChild) {
 TEST_F(SessionLaunch, TakesItsStepsInOrderWithoutProfilePrivilegesOrImpersonation) {
     release(launchSession());
 
-    EXPECT_THAT(events,
-                ElementsAre("CreatePipe", "CreatePipe", "keep stdout", "keep stderr", "WTSQueryUserToken",
-                            "GetTokenInformation", "DuplicateTokenEx", "CreateEnvironmentBlock",
-                            "CreateProcessAsUserW", "WinPipe of stdout", "WinPipe of stderr"));
+    EXPECT_THAT(
+        events,
+        ElementsAre("CreatePipe", "stdout write off", "CreatePipe", "stderr write off", "stdout read off",
+                    "stderr read off", "WTSQueryUserToken", "GetTokenInformation", "DuplicateTokenEx",
+                    "CreateEnvironmentBlock", "stdout write on", "stderr write on", "CreateProcessAsUserW",
+                    "stdout write off", "stderr write off", "WinPipe of stdout", "WinPipe of stderr"));
 }
 
 TEST_F(SessionLaunch, StartsTheChildWithTheElevatedTokenOfTheSession) {

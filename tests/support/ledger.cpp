@@ -40,8 +40,9 @@ const char* nameOf(Kind kind) {
                                             "icon",
                                             "graphics object",
                                             "device context",
-                                            "critical section"};
-    static_assert(std::size(names) == static_cast<std::size_t>(Kind::criticalSection) + 1);
+                                            "critical section",
+                                            "lock"};
+    static_assert(std::size(names) == static_cast<std::size_t>(Kind::lock) + 1);
     return names[static_cast<std::size_t>(kind)];
 }
 

@@ -39,6 +39,7 @@ enum class Kind {
     graphicsObject,
     deviceContext,
     criticalSection,
+    lock,
 };
 const char* nameOf(Kind kind);
 

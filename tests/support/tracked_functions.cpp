@@ -199,6 +199,8 @@ const TrackedFunction functions[] = {
     TAKES_ARGUMENT(InitializeCriticalSection, criticalSection, 0, always),
     TAKES_ARGUMENT(InitializeCriticalSectionAndSpinCount, criticalSection, 0, nonZero),
     GIVES(DeleteCriticalSection, criticalSection, 0, always),
+    TAKES_ARGUMENT(AcquireSRWLockExclusive, lock, 0, always),
+    GIVES(ReleaseSRWLockExclusive, lock, 0, always),
 
     // Modules
     TAKES_RESULT(LoadLibraryA, module, null),
