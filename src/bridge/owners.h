@@ -94,17 +94,21 @@ using LocalMemory = Resource<T*, LocalFree>;
 // Memory from GlobalAlloc.
 using GlobalMemory = Resource<void*, GlobalFree>;
 
-// Holds a lock for the length of a scope, alone. A thread that has it already must not take it again.
-class ExclusiveLock {
+// Holds a lock for the length of a scope: alone, or with all others that hold it shared. A thread that has it
+// must not take it again.
+template <void(WINAPI* acquire)(PSRWLOCK), void(WINAPI* release)(PSRWLOCK)>
+class LockScope {
 public:
-    explicit ExclusiveLock(SRWLOCK& lock) noexcept : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
-    ExclusiveLock(const ExclusiveLock&) = delete;
-    ExclusiveLock& operator=(const ExclusiveLock&) = delete;
-    ~ExclusiveLock() { ReleaseSRWLockExclusive(&lock_); }
+    explicit LockScope(SRWLOCK& lock) noexcept : lock_(lock) { acquire(&lock_); }
+    LockScope(const LockScope&) = delete;
+    LockScope& operator=(const LockScope&) = delete;
+    ~LockScope() { release(&lock_); }
 
 private:
     SRWLOCK& lock_;
 };
+using ExclusiveLock = LockScope<AcquireSRWLockExclusive, ReleaseSRWLockExclusive>;
+using SharedLock = LockScope<AcquireSRWLockShared, ReleaseSRWLockShared>;
 
 inline void freeToProcessHeap(void* memory) noexcept {
     HeapFree(GetProcessHeap(), 0, memory);

@@ -50,6 +50,11 @@ bool allocateCells(const wchar_t* tag, ErrorBuffer& errorBuffer, Cells&... cells
     return (allocateCell(cells) && ...) || outOfMemory(tag, errorBuffer);
 }
 
+// Held alone while a child starts, and shared while a launch makes its pipes. A child inherits every
+// handle of this process that can be inherited when it starts: with the write ends of another launch it would
+// keep that one's streams from ending.
+constinit SRWLOCK startLock = SRWLOCK_INIT;
+
 bool setInheritable(const KernelHandle& handle, bool inheritable) noexcept {
     return SetHandleInformation(handle.get(), HANDLE_FLAG_INHERIT, inheritable ? HANDLE_FLAG_INHERIT : 0) !=
            FALSE;
@@ -70,8 +75,10 @@ bool makePipe(OutputPipe& pipe) noexcept {
     return true;
 }
 
-// Makes both pipes. No process inherits an end of them, but for the write ends while the child starts.
+// Makes both pipes. From here on no process inherits an end of them, until InheritableWriteEnds lets the
+// child.
 bool makeOutputPipes(const wchar_t* tag, OutputPipes& pipes, ErrorBuffer& errorBuffer) noexcept {
+    const SharedLock lock(startLock);
     if (!makePipe(pipes.output)) {
         return failed(errorBuffer, GetLastError(), L"%s Failed to CreatePipe for stdout", tag);
     }
@@ -106,10 +113,6 @@ bool makePrimaryToken(HANDLE token, HANDLE* primary) noexcept {
     return DuplicateTokenEx(token, MAXIMUM_ALLOWED, nullptr, SecurityDelegation, TokenPrimary, primary) !=
            FALSE;
 }
-
-// Held while a child starts. It inherits every handle of this process that can be inherited then: the write
-// ends of another launch, too, whose streams would end only with this child.
-constinit SRWLOCK startLock = SRWLOCK_INIT;
 
 // Lets the write ends be inherited for the length of a scope, and no other launch start its child.
 class InheritableWriteEnds {

@@ -164,16 +164,26 @@ class TwoLaunches : public ProcessTest {
 protected:
     TwoLaunches() { ledger().expectLeft("CreateProcessAsUserW"); }
 
-    void launchBoth() {
+    // The one in the session waits for the condition before it begins.
+    template <class Condition>
+    void launchBoth(Condition condition) {
         std::thread other([&] {
+            EXPECT_TRUE(comesTrue(condition));
             FakeJava jvm;
             release(jvm, NATIVE_ON(jvm, createProcessAsUserSession)(nullptr, L"a", nullptr, nullptr, 1));
         });
         release(java, NATIVE(createProcessAsUserN)(nullptr, L"a", nullptr, nullptr, L".", L"u", L"p"));
         other.join();
     }
-    // What happens on a launch's thread when it has the token of its user, has all that a
+    void launchBoth() {
+        launchBoth([] { return true; });
+    }
+
+    static bool isForAccount() { return GetCurrentThreadId() == testThread; }
+
+    // What happens on a launch's thread when it has made a pipe, has the token of its user, has all that a
     // child needs, and starts the child.
+    std::function<void()> atPipe = [] {};
     std::function<void()> atToken = [] {};
     std::function<void()> whenReady = [] {};
     std::function<void()> atStart = [] {};
@@ -202,14 +212,18 @@ private:
         }
     }
 
+    static inline const DWORD testThread = GetCurrentThreadId();
     std::mutex mutex_;
     std::map<HANDLE, bool> ends_;
 
     Replacement pipes_ =
         REPLACE(CreatePipe, [this](PHANDLE readEnd, PHANDLE writeEnd, LPSECURITY_ATTRIBUTES, DWORD) {
-            const std::lock_guard lock(mutex_);
-            ends_[*readEnd = Ledger::fakeHandle()] = true;
-            ends_[*writeEnd = Ledger::fakeHandle()] = true;
+            {
+                const std::lock_guard lock(mutex_);
+                ends_[*readEnd = Ledger::fakeHandle()] = true;
+                ends_[*writeEnd = Ledger::fakeHandle()] = true;
+            }
+            atPipe();
             return TRUE;
         });
     Replacement switches_ = REPLACE(SetHandleInformation, [this](HANDLE end, DWORD, DWORD flags) {
@@ -266,6 +280,36 @@ TEST_F(TwoLaunches, StartTheirChildrenOneAfterTheOtherAndDoAllElseSideBySide) {
 
     EXPECT_EQ(started, 2);
     EXPECT_EQ(mostStarting, 1);
+    EXPECT_EQ(foreignEnds, 0);
+}
+
+// A pipe can be inherited at first.
+TEST_F(TwoLaunches, MakeNoPipeWhileAChildStarts) {
+    std::atomic<int> pipesAtStart = 0;
+    atPipe = [&] { pipesAtStart += starting; };
+    atStart = [] { tempt(); };
+
+    launchBoth([&] { return starting == 1; });
+
+    EXPECT_EQ(started, 2);
+    EXPECT_EQ(pipesAtStart, 0);
+    EXPECT_EQ(foreignEnds, 0);
+}
+
+TEST_F(TwoLaunches, StartNoChildWhileAPipeIsMade) {
+    std::atomic<bool> pipeMade = false;
+    std::atomic<bool> sessionReady = false;
+    atPipe = [&] {
+        if (isForAccount() && !pipeMade.exchange(true)) {
+            EXPECT_TRUE(comesTrue([&] { return sessionReady.load(); }));
+            tempt();
+        }
+    };
+    whenReady = [&] { sessionReady = sessionReady || !isForAccount(); };
+
+    launchBoth([&] { return pipeMade.load(); });
+
+    EXPECT_EQ(started, 2);
     EXPECT_EQ(foreignEnds, 0);
 }
 

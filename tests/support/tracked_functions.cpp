@@ -201,6 +201,8 @@ const TrackedFunction functions[] = {
     GIVES(DeleteCriticalSection, criticalSection, 0, always),
     TAKES_ARGUMENT(AcquireSRWLockExclusive, lock, 0, always),
     GIVES(ReleaseSRWLockExclusive, lock, 0, always),
+    TAKES_ARGUMENT(AcquireSRWLockShared, lock, 0, always),
+    GIVES(ReleaseSRWLockShared, lock, 0, always),
 
     // Modules
     TAKES_RESULT(LoadLibraryA, module, null),

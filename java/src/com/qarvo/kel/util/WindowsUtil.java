@@ -966,8 +966,10 @@ public class WindowsUtil {
      * loaded and the token open, and nothing gives them back. All strings may be null, but not program and command line
      * both.
      *
-     * <p>A process that other code starts at the same moment may inherit the child's ends of the streams, which then
-     * end only with that process too.
+     * <p>Any number of threads may launch; their processes start one after the other, and none inherits another's ends
+     * of the streams. A process that other code starts in the very moment of that, with a {@link ProcessBuilder} for
+     * one, may inherit them, and the streams then end only with that process too; the launched process in turn inherits
+     * what other code has made inheritable then.
      *
      * @param applicationName the program file; null to take it from the command line
      * @param commandLine the command line, program included
