@@ -15,6 +15,9 @@ import java.util.Locale;
  * Finds WinUtil64.dll and loads it. What goes wrong is kept and told again at every further attempt: an error thrown
  * out of a static initialiser would reach the first caller only, and all later ones would get a NoClassDefFoundError
  * that says nothing.
+ *
+ * <p>A service should not search: whoever can write to a folder that is searched can have code of their own run under
+ * its account. It names the DLL by its full path, in a folder that only administrators can write to.
  */
 final class WinUtilLoader {
     static final String DLL_NAME = "WinUtil64.dll";
@@ -82,15 +85,16 @@ final class WinUtilLoader {
     }
 
     /**
-     * Looks for the DLL: the file that the property names and no other, when it is set; else beside the jar; else in
-     * each folder of the library path.
+     * Looks for the DLL: the file that the property names with its full path and no other, when it is set; else beside
+     * the jar; else in each folder of the library path.
      */
     static Location find(String property, File folderOfJar, String libraryPath) {
         if (property != null && !property.isEmpty()) {
-            File named = new File(property).getAbsoluteFile();
-            return named.isFile() ? new Location(named, null) : new Location(null,
-                    DLL_NAME + " cannot be loaded because -D" + PROPERTY + " names " + named + ", which is "
-                            + (named.exists() ? "not a file." : "missing."));
+            File named = new File(property);
+            String problem = nameProblem(named);
+            return problem == null ? new Location(named, null) : new Location(null,
+                    DLL_NAME + " cannot be loaded because -D" + PROPERTY + " names " + property + ", which is "
+                            + problem + ".");
         }
         StringBuilder lookedIn = new StringBuilder();
         if (folderOfJar != null) {
@@ -109,6 +113,18 @@ final class WinUtilLoader {
         lookedIn.append("the folders of java.library.path (").append(libraryPath).append(')');
         return new Location(null, DLL_NAME + " is missing: it is not in " + lookedIn + ", and -D" + PROPERTY
                 + "=FILE does not say where it is.");
+    }
+
+    /** Says what keeps a name from being that of the DLL, null when nothing does. */
+    private static String nameProblem(File named) {
+        // It would depend on the current folder or drive, which whoever starts the program chooses.
+        if (!named.isAbsolute()) {
+            return "not a full path";
+        }
+        if (named.isFile()) {
+            return null;
+        }
+        return named.exists() ? "not a file" : "missing";
     }
 
     /** The folder that holds the jar (or the folder of classes) that this class came from, null when unknown. */

@@ -16,11 +16,12 @@ import java.util.Collection;
  * processes under other accounts, volumes and disks, accounts, network drives, hardware inventory and host facts. The
  * work is done by WinUtil64.dll.
  *
- * <p><b>Loading.</b> The first instance loads the DLL: the file that {@code -Dwinutil.library=FILE} names, else
- * WinUtil64.dll beside this jar, else in a folder of {@code java.library.path}. A method that the loaded DLL does not
- * carry fails with {@link UnsatisfiedLinkError}. Loading switches the restore, take-ownership and security privileges
- * of the process on where its account holds them. Java 24 and later warn of native access unless the program is started
- * with {@code --enable-native-access=ALL-UNNAMED} (or the module {@code com.qarvo.winutil}).
+ * <p><b>Loading.</b> The first instance loads the DLL: the file that {@code -Dwinutil.library=FILE} names with its full
+ * path, else WinUtil64.dll beside this jar, else in a folder of {@code java.library.path}. A service should name it:
+ * then nothing is searched. A method that the loaded DLL does not carry fails with {@link UnsatisfiedLinkError}.
+ * Loading switches the restore, take-ownership and security privileges of the process on where its account holds them.
+ * Java 24 and later warn of native access unless the program is started with
+ * {@code --enable-native-access=ALL-UNNAMED} (or the module {@code com.qarvo.winutil}).
  *
  * <p><b>Threads.</b> Instances have no state; one serves all threads, and any number may be made. Every method does its
  * work on the calling thread and returns when it is done. An interrupt of the thread ends none of them. Impersonation

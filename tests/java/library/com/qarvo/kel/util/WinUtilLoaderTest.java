@@ -72,6 +72,31 @@ class WinUtilLoaderTest {
     }
 
     @Test
+    void aPathThatIsNotFullIsRefusedEvenWhereItLeadsToAFile() throws IOException {
+        File there = newFile("WinUtil64.dll");
+        String relative = Path.of("").toAbsolutePath().relativize(there.toPath()).toString();
+
+        assertTrue(new File(relative).isFile());
+        assertNotFull(relative);
+    }
+
+    /** Without a drive, or on the current folder of one. */
+    @ParameterizedTest
+    @ValueSource(strings = {"WinUtil64.dll", "./WinUtil64.dll", "lib/WinUtil64.dll", "\\lib\\WinUtil64.dll",
+        "C:WinUtil64.dll"})
+    void aNameThatDependsOnTheCurrentFolderOrDriveIsNoFullPath(String name) {
+        assertNotFull(name);
+    }
+
+    private void assertNotFull(String name) {
+        WinUtilLoader.Location location = find(name, folder.toFile(), folder.toString());
+
+        assertNull(location.file);
+        assertEquals("WinUtil64.dll cannot be loaded because -Dwinutil.library names " + name
+                + ", which is not a full path.", location.problem);
+    }
+
+    @Test
     void aFolderThatThePropertyNamesIsNoFile() {
         assertEquals("WinUtil64.dll cannot be loaded because -Dwinutil.library names " + folder
                 + ", which is not a file.", find(folder.toString(), null, "").problem);

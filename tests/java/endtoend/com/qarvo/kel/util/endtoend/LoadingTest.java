@@ -1,9 +1,11 @@
 package com.qarvo.kel.util.endtoend;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.qarvo.kel.util.WindowsUtil;
 import com.sun.jna.NativeLibrary;
+import java.io.File;
 import java.lang.reflect.Method;
 import java.lang.reflect.Modifier;
 import java.nio.file.Files;
@@ -46,6 +48,21 @@ class LoadingTest extends EndToEnd {
                 + "which is missing.", "C:\\no such folder\\x.dll");
         assertNotLoaded("WinUtil64.dll cannot be loaded because -Dwinutil.library names C:\\windows, "
                 + "which is not a file.", "C:\\windows");
+    }
+
+    /** Not even where it leads to the DLL: that depends on the current folder, or on the current drive. */
+    @Test
+    void aPathThatIsNotFullIsNamedInOneSentence() throws Exception {
+        Path dll = Isolated.copyOfDll(Files.createDirectory(work().resolve("current drive")));
+        Path current = Path.of("").toAbsolutePath();
+        String onDrive = dll.toString().substring(2);
+        String inFolder = current.relativize(dll).toString();
+
+        for (String path : List.of(onDrive, inFolder, current.toString().substring(0, 2) + inFolder)) {
+            assertTrue(new File(path).isFile(), path);
+            assertNotLoaded("WinUtil64.dll cannot be loaded because -Dwinutil.library names " + path
+                    + ", which is not a full path.", path);
+        }
     }
 
     @Test
