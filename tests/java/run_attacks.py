@@ -316,9 +316,12 @@ class Attacks:
             return swap(tree / f'folder{random.randrange(FOLDERS)}', secrets)
 
         with Attack(replace, STRANGER) as attack:
-            self.client.run('backup', tree, store)
+            code, err = self.client.run('backup', tree, store)
         require(attack.hits.value > 0, 'no folder was replaced')
-        read = [path for path, content in contents(store).items() if SECRET in content]
+        require(code == 1 and 'was replaced meanwhile' in err, f'backup ended with {code}: {err[-2000:]}')
+        stored = contents(store)
+        require(len(stored) > FILES // 4, f'only {len(stored)} files are in the store')
+        read = [path for path, content in stored.items() if SECRET in content]
         require(not read, f'{len(read)} files of somebody else were read into the store')
         return f'replaced {attack.hits.value} times, nothing of somebody else was read'
 

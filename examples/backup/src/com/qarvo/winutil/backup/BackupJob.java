@@ -26,7 +26,7 @@ final class BackupJob implements TreeWalk.Visitor {
         this.files = job.files();
         this.check = check;
         this.source = source;
-        this.way = new Way(files, source);
+        this.way = Way.below(files, source);
         this.store = store;
         this.manifest = manifest;
     }
@@ -45,10 +45,7 @@ final class BackupJob implements TreeWalk.Visitor {
         Folders.requireFolder(files, source, "source");
         ReadCheck check = new ReadCheck(files, account);
         requireSource(check, source);
-        if (RestoreTarget.isUnfinished(Folders.entries(files, source, "source"))) {
-            job.report().leftOut(source, "a restore into it was not finished, and what is missing there is missing"
-                    + " here");
-        }
+        Folders.entries(files, source, "source");
         String realSource = files.realPath(source);
         String realStore = files.realPath(storePath);
         if (Names.isInside(realStore, realSource)) {
@@ -57,8 +54,8 @@ final class BackupJob implements TreeWalk.Visitor {
         if (Names.isInside(realSource, realStore)) {
             throw new ClientException("The source " + Escapes.printable(source) + " must not lie inside the store.");
         }
-        Store store = Store.create(files, storePath, shareStore);
-        try (NativeOutputStream out = store.startManifest()) {
+        try (Store store = Store.create(files, storePath, shareStore);
+                NativeOutputStream out = store.startManifest()) {
             ManifestWriter manifest = new ManifestWriter(out);
             BackupJob backup = new BackupJob(job, check, source, store, manifest);
             new TreeWalk(files, job.report(), withSecurity, source).run(backup, job.stop());
@@ -124,6 +121,11 @@ final class BackupJob implements TreeWalk.Visitor {
             throw new ClientException("The store " + Escapes.printable(store.path()) + " must not lie inside the"
                     + " source " + Escapes.printable(source) + ".");
         }
+        if (RestoreTarget.isMarker(file.path())) {
+            job.report().leftOut(path, "it marks a restore that was not finished; what is missing there is missing in"
+                    + " the backup");
+            return;
+        }
         job.progress().at(path);
         if (!mayRead(file)) {
             return;
@@ -159,7 +161,7 @@ final class BackupJob implements TreeWalk.Visitor {
             long number = copy.keep(size);
             WinFile entry = found.entry();
             add(new ManifestEntry(Type.FILE, found.path(), size, modified, entry.getAttributes(), content.sha256(),
-                    number, "", found.security()));
+                    number, "", found.securityNoted()));
             return true;
         } finally {
             files.close(file);

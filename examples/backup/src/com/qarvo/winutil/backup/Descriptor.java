@@ -6,6 +6,7 @@ import java.util.ArrayList;
 import java.util.List;
 import java.util.Objects;
 import java.util.Set;
+import java.util.regex.Matcher;
 import java.util.regex.Pattern;
 
 /**
@@ -70,10 +71,26 @@ final class Descriptor {
                 + (flags == null ? "" : "D:" + asked + entries);
     }
 
-    /** Tells whether it belongs to one of these identifiers, and grants nothing to anyone else. */
+    /** Tells whether its owner is one of these identifiers. */
+    boolean belongsTo(Set<String> trustees) {
+        return owner != null && trustees.contains(owner);
+    }
+
+    /** Tells whether the first thing that it says denies everybody every change and every look inside. */
+    boolean keepsEverybodyOut() {
+        Matcher first = Pattern.compile(PLAIN_ENTRY).matcher(Objects.requireNonNullElse(entries, ""));
+        return first.lookingAt() && first.group(1).equals("D") && first.group(2).equals("WD")
+                && !first.group().matches("\\(D;[A-Z]*I[OD].*");
+    }
+
+    /** Gives a descriptor that has the access rights of this one alone, or its owner as well. */
+    Descriptor only(boolean ownerToo) {
+        return new Descriptor(ownerToo ? owner : null, null, flags, entries);
+    }
+
+    /** Tells whether it grants nothing to anyone but these identifiers. */
     boolean grantsOnly(Set<String> trustees) {
-        if (owner == null || !trustees.contains(owner) || flags == null || flags.contains("NO_ACCESS_CONTROL")
-                || !entries.matches("(" + PLAIN_ENTRY + ")*")) {
+        if (flags == null || flags.contains("NO_ACCESS_CONTROL") || !entries.matches("(" + PLAIN_ENTRY + ")*")) {
             return false;
         }
         return Pattern.compile(PLAIN_ENTRY).matcher(entries).results()

@@ -74,13 +74,13 @@ record ManifestEntry(Type type, String path, long size, long modified, int attri
     static ManifestEntry ofDirectory(Found found) {
         WinFile entry = found.entry();
         return new ManifestEntry(Type.DIRECTORY, found.path(), 0, entry.getLastModified(), entry.getAttributes(), "", 0,
-                "", found.security());
+                "", found.securityNoted());
     }
 
     static ManifestEntry ofLink(Found found) {
         WinFile entry = found.entry();
         return new ManifestEntry(Type.of(entry), found.path(), 0, entry.getLastModified(), entry.getAttributes(), "", 0,
-                entry.getLinkTarget(), found.security());
+                entry.getLinkTarget(), found.securityNoted());
     }
 
     boolean hasSecurity() {

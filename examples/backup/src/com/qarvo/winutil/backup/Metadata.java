@@ -42,11 +42,7 @@ final class Metadata {
         if (isCompressed(entry) || !Attributes.isAsMade(entry.attributes(), isDirectory(entry.type()))) {
             setAttributes(entry, path);
         }
-        // A link is opened through to have its rights set, which would change where it leads.
-        if (entry.type().isLink()) {
-            return;
-        }
-        if (Attributes.isEncrypted(entry.attributes())) {
+        if (!entry.type().isLink() && Attributes.isEncrypted(entry.attributes())) {
             report.leftOut(path, "it was encrypted, and is restored without encryption");
         }
         if (closed != null) {
@@ -108,6 +104,10 @@ final class Metadata {
             close(entry, path, "its security descriptor in the store has no access rights");
             return;
         }
+        if (entry.type().isLink()) {
+            setLinkRights(descriptor, path);
+            return;
+        }
         try {
             files.setSecurity(path, descriptor.parts(), descriptor.text());
         } catch (IOException e) {
@@ -116,6 +116,15 @@ final class Metadata {
             } else {
                 close(entry, path, "its security descriptor cannot be set: " + Reasons.of(e));
             }
+        }
+    }
+
+    /** Sets the rights of a link, which nobody could use with those of a closed folder. Its owner is a new one. */
+    private void setLinkRights(Descriptor descriptor, String path) {
+        try {
+            files.setLinkRights(path, descriptor.only(false).text());
+        } catch (IOException e) {
+            report.leftOut(path, "its access rights cannot be set, and it is closed to others: " + Reasons.of(e));
         }
     }
 
@@ -135,10 +144,13 @@ final class Metadata {
     /** Closes to others what nobody knows the rights of, so that it is not more open than it was. */
     private void close(ManifestEntry entry, String path, String reason) {
         String outcome = "it is closed to others";
-        try {
-            files.setSecurity(path, Win32.DACL_SECURITY_INFORMATION, closed.text(isDirectory(entry.type())));
-        } catch (IOException e) {
-            outcome = "it cannot be closed to others either";
+        // A link is as it was made: what closes others would go through it.
+        if (!entry.type().isLink()) {
+            try {
+                files.setSecurity(path, Win32.DACL_SECURITY_INFORMATION, closed.text(isDirectory(entry.type())));
+            } catch (IOException e) {
+                outcome = "it cannot be closed to others either";
+            }
         }
         report.leftOut(path, reason + "; " + outcome);
     }

@@ -8,7 +8,7 @@ import java.util.function.Consumer;
 
 /**
  * The few operations on files that this client asks of the system; {@link WindowsNativeFiles} passes them on to the
- * native methods. Paths are absolute and separated by backslashes. A file number is what one of the two opening
+ * native methods. Paths are absolute and separated by backslashes. A file number is what one of the opening
  * methods gave; it must be given back to {@link #close}.
  */
 interface NativeFiles {
@@ -45,7 +45,10 @@ interface NativeFiles {
     /** Tells whether something is at a path. */
     boolean exists(String path);
 
-    /** Gives the attribute word of a path, of the link itself when it is one; -1 when it cannot be read. */
+    /**
+     * Gives the attribute word of a path, of the link itself when it is one; -1 when it cannot be read. Of what can
+     * only be reached by the privilege to back up it tells what that shows: whether it is a reparse point.
+     */
     int attributes(String path);
 
     /** Gives owner, group and DACL of a path as SDDL text, empty when they cannot be read. */
@@ -98,8 +101,8 @@ interface NativeFiles {
     boolean makeDirectory(String path) throws IOException;
 
     /**
-     * Makes one directory that, where the file system knows rights, grants nothing to anybody from its first moment
-     * on; its owner may change that.
+     * Makes one directory that, where the file system knows rights, keeps everybody out from its first moment on,
+     * whatever it inherits; its owner may change that.
      *
      * @return false when something of that name is there
      */
@@ -133,11 +136,21 @@ interface NativeFiles {
      */
     void setSecurity(String path, int parts, String text) throws IOException;
 
+    /**
+     * Sets the access rights of a link itself; where it leads to stays as it is.
+     *
+     * @param text the rights as SDDL text; of whether they are inherited nothing is kept
+     */
+    void setLinkRights(String path, String text) throws IOException;
+
     /** Makes a link of one of the kinds of {@link WinFile}. When it fails, an empty directory may stay. */
     void makeLink(byte kind, String path, String target) throws IOException;
 
     /** Deletes an empty directory; tells whether it is gone. */
     boolean deleteEmptyDirectory(String path);
+
+    /** Tells whether a path leads to another machine. */
+    boolean isRemote(String path);
 
     /** Tells whether this process has the rights of an administrator; the system account has them. */
     boolean isAdministrator();

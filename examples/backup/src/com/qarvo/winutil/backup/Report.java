@@ -2,7 +2,7 @@ package com.qarvo.winutil.backup;
 
 import java.io.PrintWriter;
 
-/** Tells the user at once what was left out, differs or is not known, and counts it for the summary and the exit code. */
+/** Tells the user at once what was left out, differs or is unknown, and counts it for summary and exit code. */
 final class Report {
     private final PrintWriter err;
     private final Progress progress;

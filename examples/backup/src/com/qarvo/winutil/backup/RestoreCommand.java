@@ -9,13 +9,13 @@ import picocli.CommandLine.Parameters;
     "Writes the content of a store into a new folder.",
     "Each file is checked against its SHA-256; what does not match is reported and removed. Times, the attributes"
         + " read-only, hidden, system, archive and compressed, owner, group and access rights are set as they were."
-        + " Links are made again, with their time and attributes; owner and rights they get as new ones do, since to"
-        + " set them might change what they lead to. What cannot be set or made is reported. Making symbolic links, and"
-        + " giving files to other owners, takes an administrator.",
+        + " Links are made again, with their time, attributes and rights; owner and group they get as new ones do,"
+        + " since to set them might change what they lead to. What cannot be set or made is reported. Making symbolic"
+        + " links, and giving files to other owners, takes an administrator.",
     "Until all of it is restored the target is closed to all but the system and administrators, and the account of this"
         + " process. A folder that is there already gets its own rights back at the end, a new one those of the backup."
-        + " What has no known rights stays closed, and is reported. A restore that ends early leaves the target closed"
-        + " and marked, and can only be begun again in another folder. With --no-security nothing is closed."})
+        + " What has no known rights stays closed, and is reported. A restore that ends early leaves what was not"
+        + " finished closed, and the target marked: it is refused from then on. With --no-security nothing is closed."})
 final class RestoreCommand extends Command {
     @Parameters(index = "0", paramLabel = "STORE", description = "Folder of the backup.")
     private String store;

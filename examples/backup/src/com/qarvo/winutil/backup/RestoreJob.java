@@ -57,7 +57,7 @@ final class RestoreJob {
                     + " --no-security restores without them.");
         }
         files.useRestorePrivileges();
-        ClosedRights closed = withSecurity ? ClosedRights.of(files) : null;
+        ClosedRights closed = withSecurity ? ClosedRights.of(files, targetPath) : null;
         boolean finished = false;
         try (RestoreTarget target = RestoreTarget.prepare(files, targetPath, closed, namesAtTheTop(entries))) {
             try {
@@ -300,13 +300,15 @@ final class RestoreJob {
             job.report().leftOut(path, Reasons.of(e));
             return;
         }
+        boolean made = false;
         try {
             files.makeLink(entry.type().linkKind(), path, entry.linkTarget());
+            made = true;
             target.requirePlain(Names.parent(entry.path()));
             requireLink(entry, path);
         } catch (IOException e) {
             job.report().leftOut(path, "the link cannot be made: " + Reasons.of(e));
-            removeFailedLink(entry, path);
+            removeFailedLink(entry, path, made);
             return;
         }
         job.progress().countLink();
@@ -333,11 +335,12 @@ final class RestoreJob {
         }
     }
 
-    /** Removes what a failed attempt left, such as the directory of a junction: nothing was there before. */
-    private void removeFailedLink(ManifestEntry entry, String path) {
+    /** Removes a link that was made and is not right, or what an attempt to make a junction has left: its directory. */
+    private void removeFailedLink(ManifestEntry entry, String path, boolean made) {
         try {
             target.requireWayTo(Names.parent(entry.path()));
-            if (files.exists(path) && !files.delete(path) && !files.deleteEmptyDirectory(path)) {
+            boolean begun = made ? files.exists(path) : entry.type() == Type.JUNCTION && target.isPlain(entry.path());
+            if (begun && !(made && files.delete(path)) && !files.deleteEmptyDirectory(path)) {
                 throw new IOException("the system refuses");
             }
         } catch (IOException e) {
@@ -350,7 +353,7 @@ final class RestoreJob {
     }
 
     private ClientException diskFull(DiskFullException cause) {
-        return new ClientException("The disk of the target " + Escapes.printable(target.place("")) + " is full, and the restore"
-                + " is not finished: " + Reasons.of(cause), cause);
+        return new ClientException("The disk of the target " + Escapes.printable(target.place("")) + " is full, and the"
+                + " restore is not finished: " + Reasons.of(cause), cause);
     }
 }

@@ -15,7 +15,6 @@ import java.util.Set;
  * until the end that the restore is not finished.
  */
 final class RestoreTarget implements AutoCloseable {
-    /** How the name of the marker begins. */
     private static final String MARKER = "restore-unfinished";
 
     private final NativeFiles files;
@@ -36,7 +35,7 @@ final class RestoreTarget implements AutoCloseable {
         this.files = files;
         this.path = path;
         this.rights = rights;
-        this.way = new Way(files, path);
+        this.way = Way.belowPlain(files, path);
     }
 
     /**
@@ -56,15 +55,20 @@ final class RestoreTarget implements AutoCloseable {
         if (!Folders.isEmpty(path, found)) {
             throw new ClientException("The target " + Escapes.printable(path) + " exists and is not empty.");
         }
-        if (!new Way(files, path).isPlainFolder(path)) {
-            throw new ClientException("The target " + Escapes.printable(path) + " is a link or a mounted volume; a restore needs a folder"
-                    + " itself.");
+        if (!Way.isPlainFolder(files, path)) {
+            throw new ClientException("The target " + Escapes.printable(path) + " is a link or a mounted volume; a"
+                    + " restore needs a folder itself.");
         }
     }
 
     /** Tells from what a folder holds whether a restore into it was not finished. */
     static boolean isUnfinished(List<WinFile> found) {
-        return found.stream().anyMatch(entry -> entry.getName().startsWith(MARKER));
+        return found.stream().anyMatch(entry -> isMarker(entry.getName()));
+    }
+
+    /** Tells whether a path relative to a target is that of a marker. */
+    static boolean isMarker(String relative) {
+        return relative.matches(MARKER + "(-[0-9]+)?");
     }
 
     /**
@@ -91,29 +95,48 @@ final class RestoreTarget implements AutoCloseable {
     private void makeOrTake() throws IOException {
         if (rights == null) {
             made = Folders.makeIfMissing(files, path, "target");
+            hold("");
         } else {
             made = Folders.makeClosedIfMissing(files, path, "target");
-            close(made ? "" : files.security(path));
+            closeToOthers();
+            hold("");
+            // Only now nobody can put another one in its place.
+            requireClosed();
         }
-        hold("");
-        if (!way.isPlainFolder(path) || !Folders.isEmpty(path, Folders.entries(files, path, "target"))) {
+        List<WinFile> found = Folders.entries(files, path, "target");
+        if (isUnfinished(found)) {
+            // It is closed for another restore now, which must not find it open.
+            ownSecurity = "";
+        }
+        if (!Way.isPlainFolder(files, path) || !Folders.isEmpty(path, found)) {
             throw new IOException("somebody else is changing it");
         }
     }
 
-    private void close(String securityBefore) throws IOException {
+    private void closeToOthers() {
         try {
-            if (!made) {
-                // What cannot be put back must not be taken away.
-                Descriptor.parse(securityBefore);
-                ownSecurity = securityBefore;
+            if (made) {
+                rights.closeMade(path);
+            } else {
+                ownSecurity = rights.closeExisting(path);
             }
-            rights.close(files, path);
         } catch (IOException e) {
-            throw new ClientException("The target " + Escapes.printable(path) + " cannot be closed to others while it"
-                    + " is restored into: " + Reasons.of(e) + "; --no-security restores without owners and rights, and"
-                    + " leaves it open.", e);
+            throw staysOpen(e);
         }
+    }
+
+    private void requireClosed() {
+        try {
+            rights.requireClosed(path);
+        } catch (IOException e) {
+            throw staysOpen(e);
+        }
+    }
+
+    private ClientException staysOpen(IOException e) {
+        return new ClientException("The target " + Escapes.printable(path) + " cannot be closed to others while it is"
+                + " restored into: " + Reasons.of(e) + "; --no-security restores without owners and rights, and leaves"
+                + " it open.", e);
     }
 
     private void mark(Set<String> names) throws IOException {
@@ -122,7 +145,7 @@ final class RestoreTarget implements AutoCloseable {
             name = MARKER + "-" + i;
         }
         String text = "The restore into this folder is not finished.\n"
-                + (ownSecurity.isEmpty() ? "" : "The folder's own security descriptor was " + ownSecurity + "\n");
+                + (ownSecurity.isEmpty() ? "" : "To give the folder its own rights back, set " + ownSecurity + "\n");
         marker = Names.join(path, name);
         try (NativeOutputStream out = new NativeOutputStream(files, marker)) {
             out.write(text.getBytes(StandardCharsets.UTF_8));
@@ -132,18 +155,19 @@ final class RestoreTarget implements AutoCloseable {
 
     /** Leaves what was there as it was, as nothing has been restored yet; gives the reason, and what could not be. */
     private ClientException giveUp(ClientException reason) {
-        if (marker != null && !held.isEmpty() && way.isPlainFolder(path)) {
+        boolean atItsPlace = Way.isPlainFolder(files, path);
+        if (marker != null && atItsPlace) {
             files.delete(marker);
         }
         try {
             putBackOwnSecurity();
             return reason;
         } catch (IOException e) {
-            return new ClientException(reason.getMessage() + " The folder's rights may have been changed, and cannot"
-                    + " be put back to " + Escapes.printable(ownSecurity) + ": " + Reasons.of(e), reason);
+            return new ClientException(reason.getMessage() + " The folder's own rights cannot be put back to "
+                    + Escapes.printable(ownSecurity) + ": " + Reasons.of(e), reason);
         } finally {
             close();
-            if (made) {
+            if (made && atItsPlace) {
                 files.deleteEmptyDirectory(path);
             }
         }
@@ -161,7 +185,7 @@ final class RestoreTarget implements AutoCloseable {
         return rights != null;
     }
 
-    /** Gives the descriptor that the folder had before, empty when it was made by this restore or left as it is. */
+    /** Gives what has to be set to give a folder its own rights back, empty when it was made or never closed. */
     String ownSecurity() {
         return ownSecurity;
     }
@@ -180,16 +204,32 @@ final class RestoreTarget implements AutoCloseable {
      * @throws IOException when the folder, or one on the way to it, was replaced or cannot be opened
      */
     void requireWayTo(String folder) throws IOException {
+        requireStillClosed();
         holdDownTo(folder);
         requirePlain(folder);
     }
 
+    /** Whoever had a folder open before it was closed may still be able to change its rights. */
+    private void requireStillClosed() {
+        if (rights == null || made) {
+            return;
+        }
+        try {
+            rights.requireClosed(path);
+        } catch (IOException e) {
+            throw new ClientException("Somebody is changing the rights of the target " + Escapes.printable(path)
+                    + ", and the restore is not finished: " + Reasons.of(e), e);
+        }
+    }
+
     /** As {@link #requireWayTo}, without holding the folder: some changes to a folder need it closed. */
     void requirePlain(String folder) throws IOException {
-        if (!way.isPlainFolder(path)) {
-            throw new IOException("the target was replaced meanwhile, or is no longer there");
-        }
         way.require(folder);
+    }
+
+    /** Tells whether something in the target is a plain folder. */
+    boolean isPlain(String folder) {
+        return Way.isPlainFolder(files, place(folder));
     }
 
     private void holdDownTo(String folder) throws IOException {
@@ -229,20 +269,16 @@ final class RestoreTarget implements AutoCloseable {
     void unmark() throws IOException {
         requireWayTo("");
         if (!files.delete(marker)) {
-            throw new IOException("it cannot be removed");
+            throw new IOException("its marker " + Escapes.printable(marker) + " cannot be removed");
         }
-    }
-
-    String marker() {
-        return marker;
     }
 
     /** Says how a restore that ended early has left the target. */
     String leftBehind() {
         return Escapes.printable(path) + " holds a restore that was not finished; " + (isClosed()
-                ? "its folders, and the files that were not finished, are closed to others." + (ownSecurity.isEmpty() ? "" : " " + Escapes.printable(marker)
-                        + " has the rights that the folder had before.")
-                : "it is as open as its folder.");
+                ? "what was not finished in it is closed to others."
+                : "it is as open as its folder.")
+                + (ownSecurity.isEmpty() ? "" : " " + Escapes.printable(marker) + " has the folder's own rights.");
     }
 
     @Override

@@ -9,7 +9,7 @@ import java.util.List;
  * number. The manifest is written under another name and gets its own when everything is in place, so that a backup
  * that was interrupted is never taken for a whole one.
  */
-final class Store {
+final class Store implements AutoCloseable {
     private static final String MANIFEST = "manifest.txt";
     private static final String UNFINISHED_PREFIX = "manifest-unfinished-";
     private static final String DATA = "data";
@@ -20,6 +20,7 @@ final class Store {
     private final String path;
     private final String unfinishedName;
     private long lastDirectoryMade = -1;
+    private long held;
 
     private Store(NativeFiles files, String path) {
         this.files = files;
@@ -44,6 +45,16 @@ final class Store {
             store.closeToOthers();
         }
         try {
+            store.makeData();
+        } catch (ClientException e) {
+            store.close();
+            throw e;
+        }
+        return store;
+    }
+
+    private void makeData() {
+        try {
             if (!files.makeDirectory(Names.join(path, DATA))) {
                 throw new ClientException("Something else is writing to " + Escapes.printable(path)
                         + "; a backup needs a folder of its own.");
@@ -51,13 +62,20 @@ final class Store {
         } catch (IOException | SecurityException e) {
             throw failure(path, e);
         }
-        return store;
     }
 
     private void closeToOthers() {
+        ClosedRights rights = ClosedRights.of(files, path);
         try {
-            ClosedRights.of(files).close(files, path);
+            rights.closeMade(path);
+            held = files.hold(path);
+            // Only now nobody can put another one in its place.
+            rights.requireClosed(path);
+            if (!Folders.entries(files, path, "store").isEmpty()) {
+                throw new IOException("somebody else is writing to it");
+            }
         } catch (IOException e) {
+            close();
             files.deleteEmptyDirectory(path);
             throw new ClientException("The store " + Escapes.printable(path) + " cannot be closed to others: "
                     + Reasons.of(e) + "; --share-store leaves it as open as its folder.", e);
@@ -119,7 +137,7 @@ final class Store {
         }
     }
 
-    /** Older backups left the field empty when a descriptor could not be read; all are empty only if none was wanted. */
+    /** Older backups left it empty when a descriptor could not be read; all are empty only if none was wanted. */
     private static List<ManifestEntry> withUnreadNamed(List<ManifestEntry> entries) {
         if (entries.stream().noneMatch(ManifestEntry::hasSecurity)) {
             return entries;
@@ -131,6 +149,15 @@ final class Store {
     static ClientException failure(String path, Exception cause) {
         return new ClientException("The store " + Escapes.printable(path) + " cannot be written, and the backup is not"
                 + " finished: " + Reasons.of(cause), cause);
+    }
+
+    /** Lets go of a store that was made. */
+    @Override
+    public void close() {
+        if (held != 0) {
+            files.close(held);
+            held = 0;
+        }
     }
 
     private String directoryOf(long number) {

@@ -26,12 +26,13 @@ final class TreeWalk {
      *
      * @param path relative to the top, empty for the top itself
      * @param entry what the system says of it; for reparse points the link kind is known
-     * @param securityProblem why it has no security descriptor here, null when it has one or none was wanted
+     * @param security its security descriptor as SDDL text, empty when it has none here
+     * @param securityProblem why it has none, null when it has one or none was wanted
      */
-    record Found(String path, WinFile entry, String securityProblem) {
+    record Found(String path, WinFile entry, String security, String securityProblem) {
         /** Gives its descriptor as a manifest has it. */
-        String security() {
-            return securityProblem == null ? entry.getSecurityDescriptor() : ManifestEntry.UNREAD;
+        String securityNoted() {
+            return securityProblem == null ? security : ManifestEntry.UNREAD;
         }
 
         /**
@@ -65,7 +66,7 @@ final class TreeWalk {
         this.report = report;
         this.withSecurity = withSecurity;
         this.root = root;
-        this.way = new Way(files, root);
+        this.way = Way.below(files, root);
     }
 
     /**
@@ -76,16 +77,45 @@ final class TreeWalk {
     void run(Visitor visitor, StopSignal stop) {
         WinFile top = Folders.requireFolder(files, root, "folder");
         waiting.push(foundTop(top));
-        while (!waiting.isEmpty()) {
-            stop.check();
-            Found directory = waiting.pop();
-            if (isStillThere(directory) && visitor.directory(directory)) {
-                visitEntries(directory, visitor, stop);
+        long held = holdIfPossible(root);
+        try {
+            while (!waiting.isEmpty()) {
+                stop.check();
+                visitDirectory(waiting.pop(), visitor, stop);
             }
+        } finally {
+            release(held);
         }
     }
 
-    /** Looks again at a directory that has waited for its turn, or was listed: nobody leads the walk out of the tree. */
+    /** Holds a directory while what it holds is visited: where that works, nobody can put another in its place. */
+    private void visitDirectory(Found directory, Visitor visitor, StopSignal stop) {
+        long held = holdIfPossible(Names.join(root, directory.path()));
+        try {
+            if (isStillThere(directory) && visitor.directory(directory)) {
+                visitEntries(directory, visitor, stop);
+            }
+        } finally {
+            release(held);
+        }
+    }
+
+    /** Gives 0 where somebody is about to rename a directory, or it may not be opened: that must not keep it out. */
+    private long holdIfPossible(String directory) {
+        try {
+            return files.hold(directory);
+        } catch (IOException e) {
+            return 0;
+        }
+    }
+
+    private void release(long held) {
+        if (held != 0) {
+            files.close(held);
+        }
+    }
+
+    /** Looks again at a directory that has waited for its turn, or was listed: it may lead out of the tree now. */
     private boolean isStillThere(Found directory) {
         try {
             way.require(directory.path());
@@ -98,19 +128,25 @@ final class TreeWalk {
 
     private Found foundTop(WinFile top) {
         if (!withSecurity) {
-            return new Found("", top, null);
+            return new Found("", top, "", null);
         }
         try {
             return found("", files.entry(root, true), Map.of());
         } catch (IOException e) {
-            return new Found("", top, Reasons.of(e));
+            return new Found("", top, "", Reasons.of(e));
         }
     }
 
     /** Makes a find of an entry, with the reason from the listing where it has no descriptor. */
     private Found found(String path, WinFile entry, Map<String, String> reasons) {
-        boolean missing = withSecurity && entry.getSecurityDescriptor().isEmpty();
-        return new Found(path, entry, missing ? reasons.getOrDefault(entry.getPath(), "the system gives none") : null);
+        String security = entry.getSecurityDescriptor();
+        if (withSecurity && security.isEmpty() && entry.isDirectory()) {
+            // On some file systems that know rights, what describes a directory leaves them out.
+            security = files.security(entry.getPath());
+        }
+        boolean missing = withSecurity && security.isEmpty();
+        return new Found(path, entry, security,
+                missing ? reasons.getOrDefault(entry.getPath(), "the system gives none") : null);
     }
 
     private void visitEntries(Found directory, Visitor visitor, StopSignal stop) {

@@ -143,7 +143,7 @@ final class VerifyJob implements TreeWalk.Visitor {
                     "its security descriptor cannot be read: " + found.securityProblem());
             return;
         }
-        differencesOf(entry.security(), found.entry().getSecurityDescriptor())
+        differencesOf(entry.security(), found.security())
                 .forEach(difference -> differs(found.path(), difference));
     }
 

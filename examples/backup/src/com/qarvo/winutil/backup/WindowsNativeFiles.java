@@ -17,10 +17,15 @@ import java.nio.file.FileAlreadyExistsException;
 import java.nio.file.FileSystemException;
 import java.nio.file.Files;
 import java.nio.file.InvalidPathException;
+import java.nio.file.LinkOption;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
 import java.nio.file.attribute.AclEntry;
+import java.nio.file.attribute.AclEntryPermission;
+import java.nio.file.attribute.AclEntryType;
+import java.nio.file.attribute.AclFileAttributeView;
 import java.nio.file.attribute.FileAttribute;
+import java.util.EnumSet;
 import java.util.List;
 import java.util.function.BiConsumer;
 import java.util.function.Consumer;
@@ -37,16 +42,11 @@ final class WindowsNativeFiles implements NativeFiles {
 
     private final WindowsUtil util = new WindowsUtil();
 
-    /** A list of rights without entries, for something that is about to be made. */
-    private static final class NoRights implements FileAttribute<List<AclEntry>> {
+    /** The access rights of something that is about to be made. */
+    private record Rights(List<AclEntry> value) implements FileAttribute<List<AclEntry>> {
         @Override
         public String name() {
             return "acl:acl";
-        }
-
-        @Override
-        public List<AclEntry> value() {
-            return List.of();
         }
     }
 
@@ -102,15 +102,12 @@ final class WindowsNativeFiles implements NativeFiles {
     }
 
     /**
-     * Tells whether a directory is the root of a drive with nothing in it: it lacks the entries "." and ".." too, so
-     * that the system says of it that no file was found. Java tells that from a failure, which has no list.
+     * Tells whether a directory that cannot be listed is the root of a volume with nothing in it: it lacks the entries
+     * "." and ".." too, so that the system says of it that no file was found. Java tells that from a failure, which has
+     * no list.
      */
     private static boolean isEmptyRoot(String directory) {
-        File root = new File(directory);
-        if (root.getParentFile() != null) {
-            return false;
-        }
-        String[] names = root.list();
+        String[] names = new File(directory).list();
         return names != null && names.length == 0;
     }
 
@@ -133,7 +130,19 @@ final class WindowsNativeFiles implements NativeFiles {
 
     @Override
     public int attributes(String path) {
-        return util.getFileAttr(extended(path));
+        int found = util.getFileAttr(extended(path));
+        return found == Win32.INVALID_FILE_ATTRIBUTES ? attributesOfOpened(path) : found;
+    }
+
+    /** Attributes are read without the privilege to back up, which opens more. */
+    private int attributesOfOpened(String path) {
+        try {
+            util.closeFile(hold(path));
+        } catch (IOException e) {
+            return Win32.INVALID_FILE_ATTRIBUTES;
+        }
+        boolean reparsePoint = util.getLinkType(extended(path)) != NO_LINK_TYPE;
+        return Win32.FILE_ATTRIBUTE_DIRECTORY | (reparsePoint ? Win32.FILE_ATTRIBUTE_REPARSE_POINT : 0);
     }
 
     @Override
@@ -220,13 +229,42 @@ final class WindowsNativeFiles implements NativeFiles {
 
     @Override
     public boolean makeClosedDirectory(String path) throws IOException {
+        if (hasTrailingDotOrSpace(path)) {
+            throw new IOException("a name in it ends in a dot or a blank, which Java takes for another one");
+        }
         try {
-            Files.createDirectory(Path.of(path), new NoRights());
+            Files.createDirectory(Path.of(path), new Rights(List.of(everybodyOut())));
             return true;
         } catch (FileAlreadyExistsException e) {
             return false;
         } catch (FileSystemException e) {
             throw new IOException(e.getReason() == null ? e.getMessage() : e.getReason(), e);
+        }
+    }
+
+    /**
+     * Gives the entry that keeps everybody out. It stands before all that is inherited, which the system adds to the
+     * rights of what is made; the owner may change rights all the same.
+     */
+    private AclEntry everybodyOut() throws IOException {
+        List<AclEntry> everybody = entriesOf("D:P(A;;FA;;;WD)");
+        return AclEntry.newBuilder(everybody.get(everybody.size() - 1)).setType(AclEntryType.DENY)
+                .setPermissions(EnumSet.complementOf(EnumSet.of(AclEntryPermission.READ_ACL,
+                        AclEntryPermission.READ_ATTRIBUTES, AclEntryPermission.SYNCHRONIZE)))
+                .build();
+    }
+
+    /**
+     * Gives access rights in Java's form. It knows accounts by their names alone, which depend on the language of the
+     * system, so that a file of no content gets the rights as text, and is asked for them.
+     */
+    private List<AclEntry> entriesOf(String text) throws IOException {
+        Path sample = Files.createTempFile("rights", null);
+        try {
+            setSecurity(sample.toString(), Win32.DACL_SECURITY_INFORMATION, text);
+            return Files.getFileAttributeView(sample, AclFileAttributeView.class).getAcl();
+        } finally {
+            Files.delete(sample);
         }
     }
 
@@ -253,6 +291,20 @@ final class WindowsNativeFiles implements NativeFiles {
     }
 
     @Override
+    public void setLinkRights(String path, String text) throws IOException {
+        if (hasTrailingDotOrSpace(path)) {
+            throw new IOException("Java takes its name for another one");
+        }
+        try {
+            // Not by the library: what it tries second goes through the link.
+            Files.getFileAttributeView(Path.of(path), AclFileAttributeView.class, LinkOption.NOFOLLOW_LINKS)
+                    .setAcl(entriesOf(text));
+        } catch (InvalidPathException e) {
+            throw new IOException(e.getReason(), e);
+        }
+    }
+
+    @Override
     public void makeLink(byte kind, String path, String target) throws IOException {
         switch (kind) {
             case WinFile.JUNCTION -> util.createJunctionPoint(extended(path), target);
@@ -270,6 +322,12 @@ final class WindowsNativeFiles implements NativeFiles {
         } catch (IOException | InvalidPathException e) {
             return false;
         }
+    }
+
+    @Override
+    public boolean isRemote(String path) {
+        String drive = path.substring(0, Math.min(path.length(), "C:\\".length()));
+        return path.startsWith("\\\\") || util.getDriveType(drive) == Win32.DRIVE_REMOTE;
     }
 
     @Override

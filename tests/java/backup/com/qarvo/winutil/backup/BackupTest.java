@@ -156,6 +156,29 @@ class BackupTest {
     }
 
     @Test
+    void theRightsOfAFolderAreAskedForWhereItsRecordLeavesThemOut() {
+        files.recordsLackRightsOfDirectories = true;
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(0, result.code(), result.err());
+        assertEquals(FakeFiles.SDDL, entry("sub").security());
+        assertEquals(FakeFiles.SDDL, entry("").security());
+    }
+
+    @Test
+    void theMarkerOfARestoreThatWasNotFinishedIsLeftOutAndReported() {
+        files.addFile("C:\\src\\restore-unfinished-2", "");
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\src\\restore-unfinished-2: it marks a restore that was not finished; what is"
+                + " missing there is missing in the backup\n", result.err());
+        assertNull(entry("restore-unfinished-2"));
+    }
+
+    @Test
     void descriptorsAreNotReadWhenTheyAreNotWanted() {
         files.withoutSecurity.add("C:\\src\\a.txt");
 

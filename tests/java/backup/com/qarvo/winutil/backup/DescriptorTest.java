@@ -84,8 +84,38 @@ class DescriptorTest {
         assertTrue(Descriptor.parse(text).grantsOnly(Set.of("SY", "BA")));
     }
 
+    @Test
+    void belongsToItsOwnerAlone() throws IOException {
+        assertTrue(Descriptor.parse("O:SYD:").belongsTo(Set.of("SY", "BA")));
+        assertFalse(Descriptor.parse("O:WDD:").belongsTo(Set.of("SY", "BA")));
+        assertFalse(Descriptor.parse("D:").belongsTo(Set.of("SY", "BA")));
+    }
+
     @ParameterizedTest
-    @ValueSource(strings = {"D:P(A;;FA;;;SY)", "O:WDD:P(A;;FA;;;SY)", "O:BA", "O:BAD:NO_ACCESS_CONTROL",
+    @CsvSource(delimiter = '=', value = {
+        "O:BAD:(D;;0xd0156;;;WD)(A;OICIID;FA;;;WD) = true",
+        "D:(D;OICI;FA;;;WD) = true",
+        "D:(A;;FA;;;WD)(D;;FA;;;WD) = false",
+        "D:(D;OICIIO;FA;;;WD) = false",
+        "D:AI(D;ID;FA;;;WD) = false",
+        "D:(D;;FA;;;BU) = false",
+        "D: = false",
+        "O:BA = false",
+    })
+    void keepsEverybodyOutWhereThatIsTheFirstThingItSays(String text, boolean out) throws IOException {
+        assertEquals(out, Descriptor.parse(text).keepsEverybodyOut());
+    }
+
+    @Test
+    void givesItsRightsAloneOrWithItsOwner() throws IOException {
+        Descriptor descriptor = Descriptor.parse("O:BAG:SYD:P(A;;FA;;;SY)");
+
+        assertEquals("D:P(A;;FA;;;SY)", descriptor.only(false).text());
+        assertEquals("O:BAD:P(A;;FA;;;SY)", descriptor.only(true).text());
+    }
+
+    @ParameterizedTest
+    @ValueSource(strings = {"O:BA", "O:BAD:NO_ACCESS_CONTROL",
         "O:BAD:PNO_ACCESS_CONTROL", "O:BAD:(A;;FR;;;WD)", "O:BAD:(A;;FA;;;SY)(A;;0x1;;;S-1-5-21-1-2-3-4)",
         "O:BAD:(XA;;FA;;;SY;(@User.x==1))", "O:BAD:(OA;;CR;;;SY)", "O:BAD:(A;;FA;;;SY;(x))"})
     void grantsSomethingToOthersOrMayDo(String text) throws IOException {

@@ -128,6 +128,8 @@ class FakeDisk {
     /** Tells whether others than the system and the administrators may do anything with what is at a path. */
     boolean isOpenToOthers(String path) {
         String rights = nodes.get(path).security.replaceFirst("^.*D:", "D:");
-        return rights.replaceAll("\\([^)]*;(SY|BA)\\)", "").contains("(");
+        // Who is denied everything first is not let in by what comes after it.
+        return !rights.startsWith("D:(D;;0xd0156;;;WD)")
+                && rights.replaceAll("\\([^)]*;(SY|BA)\\)", "").contains("(");
     }
 }

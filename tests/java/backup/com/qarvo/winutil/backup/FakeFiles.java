@@ -73,13 +73,17 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     boolean linksVanish;
     /** What links lead to whatever was asked for. */
     String linksLeadTo;
-    /** Paths of directories that cannot be deleted. */
+    /** Paths that cannot be deleted. */
     final Set<String> undeletable = new HashSet<>();
     /** Paths that take no attributes, do not compress, take no owner and group, and no descriptor at all. */
     final Set<String> stubborn = new HashSet<>();
     final Set<String> incompressible = new HashSet<>();
     final Set<String> owned = new HashSet<>();
     final Set<String> unsecurable = new HashSet<>();
+    /** Run just before a folder is held open, once. */
+    final Map<String, Runnable> whenHeld = new HashMap<>();
+    /** What else happens to a folder that is made closed. */
+    Consumer<Node> whenMadeClosed = node -> { };
     /** Folders that cannot be held open. */
     final Set<String> unholdable = new HashSet<>();
     /** The one account that can log on, and paths that it may not read. */
@@ -87,7 +91,10 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     final Set<String> forbidden = new HashSet<>();
     int sectorSize = SECTOR;
     boolean administrator = true;
+    boolean remote;
     String ownAccount = "S-1-5-21-1-2-3-1001";
+    /** Whether what describes a directory leaves its rights out. */
+    boolean recordsLackRightsOfDirectories;
     /** Whether the file system keeps rights; if not, everybody may do everything. */
     boolean keepsRights = true;
     /** How often something was read from an open file. */
@@ -102,6 +109,10 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     private void note(String call) {
         calls.add(call);
         atEachChange.accept(call);
+    }
+
+    private boolean isLeftOut(Node node) {
+        return node.directory && recordsLackRightsOfDirectories;
     }
 
     private boolean isOpen(Node node) {
@@ -164,7 +175,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
             }
             entries.accept(new WinFile(Names.join(directory, node.path.substring(prefix.length())), node.directory,
                     node.content.length, node.listed != null ? node.listed : node.modified, node.attributes,
-                    withSecurity && !secret ? node.security : "",
+                    withSecurity && !secret && !isLeftOut(node) ? node.security : "",
                     (node.attributes & Win32.FILE_ATTRIBUTE_REPARSE_POINT) != 0));
             require(!breakingLists.contains(directory), "Data error.\r\n");
         }
@@ -175,7 +186,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
         Node node = find(path);
         byte plain = node.directory ? WinFile.DIRECTORY : WinFile.FILE;
         return new WinFile(path, node.directory, node.content.length, node.modified, node.attributes,
-                withSecurity && !withoutSecurity.contains(path) ? node.security : "",
+                withSecurity && !withoutSecurity.contains(path) && !isLeftOut(node) ? node.security : "",
                 sealed.contains(path) ? plain : node.kind, sealed.contains(path) ? "" : node.target);
     }
 
@@ -244,6 +255,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
         require(at(path) == null, "[CreateFileW] (80) File exists.\r\n");
         require(nodes.containsKey(Names.parent(real(path))), "[CreateFileW] (3) Path not found.\r\n");
         note("create " + path + " " + size);
+        require(at(path) == null, "[CreateFileW] (80) File exists.\r\n");
         Node node = inherit(addFile(real(path), ""));
         if (size > freeBytes) {
             throw new DiskFullException("[createFileN] (112) Disk full.\r\n");
@@ -344,7 +356,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     @Override
     public boolean delete(String path) {
         Node node = at(path);
-        if (node == null || node.directory || isOpen(node)) {
+        if (node == null || node.directory || isOpen(node) || undeletable.contains(path)) {
             return false;
         }
         note("delete " + path);
@@ -373,7 +385,9 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     public boolean makeClosedDirectory(String path) throws IOException {
         Node made = makeDirectory("mkdir-closed ", path);
         if (made != null) {
-            made.security = "O:" + ownAccount + "G:SYD:";
+            made.security = "O:" + ownAccount + "G:SYD:(D;;0xd0156;;;WD)"
+                    + made.security.replaceFirst("^.*?D:[A-Z]*", "");
+            whenMadeClosed.accept(made);
         }
         return made != null;
     }
@@ -390,16 +404,25 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
             throw new SecurityException("[createDir] (5) Access denied.\r\n, '" + path + "'");
         }
         note(verb + path);
-        return inherit(addDirectory(real(path)));
+        return at(path) == null ? inherit(addDirectory(real(path))) : null;
     }
 
     @Override
     public long hold(String directory) throws IOException {
         require(!unholdable.contains(directory), "[CreateFileW] (32) Sharing violation.\r\n");
+        Runnable hook = whenHeld.remove(directory);
+        if (hook != null) {
+            hook.run();
+        }
         Handle handle = new Handle();
         handle.node = find(directory);
         handles.put(nextHandle, handle);
         return nextHandle++;
+    }
+
+    @Override
+    public boolean isRemote(String path) {
+        return remote;
     }
 
     @Override
@@ -466,6 +489,15 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
     }
 
     @Override
+    public void setLinkRights(String path, String text) throws IOException {
+        Node node = find(path);
+        note("link-rights " + path);
+        require(!unsecurable.contains(path), "Access is denied");
+        require(node.kind != WinFile.DIRECTORY && node.kind != WinFile.FILE, "not a link");
+        node.security = merged(node.security, Win32.DACL_SECURITY_INFORMATION, text);
+    }
+
+    @Override
     public void makeLink(byte kind, String path, String target) throws IOException {
         note("link " + path);
         if (!makesLinks) {
@@ -475,7 +507,7 @@ final class FakeFiles extends FakeDisk implements NativeFiles {
             throw new IOException("[CreateJunctionPoint] (50) Not supported.\r\n");
         }
         if (!linksVanish) {
-            addLink(real(path), kind, linksLeadTo == null ? target : linksLeadTo);
+            inherit(addLink(real(path), kind, linksLeadTo == null ? target : linksLeadTo));
         }
     }
 

@@ -16,12 +16,15 @@ import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.ValueSource;
 
 /** Who can do what with a target, at each moment of a restore. */
 class RestoreClosedTest {
     private static final String OUT = "C:\\out";
     private static final String OWN = "O:S-1-5-21-9-9-9-1009G:SYD:AI(A;OICI;FA;;;WD)";
+    /** What of it is changed, and put back. */
+    private static final String PUT_BACK = "O:S-1-5-21-9-9-9-1009D:ARAI(A;OICI;FA;;;WD)";
     private static final String CLOSED = "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)";
 
     private final Bed bed = new Bed().withSource();
@@ -99,8 +102,8 @@ class RestoreClosedTest {
 
         List<String> calls = files.calls.subList(before, files.calls.size());
         int made = calls.indexOf("mkdir-closed " + OUT);
-        assertEquals(List.of("security 1 " + OUT, "security 4 " + OUT, "create " + OUT + "\\restore-unfinished 0"),
-                calls.subList(made + 1, made + 4));
+        assertEquals(List.of("security 4 " + OUT, "create " + OUT + "\\restore-unfinished 0"),
+                calls.subList(made + 1, made + 3));
         assertEquals("security 7 " + OUT, calls.get(calls.size() - 1));
         assertEquals(FakeDisk.SDDL, files.node(OUT).security);
     }
@@ -119,7 +122,7 @@ class RestoreClosedTest {
 
         assertEquals(0, result.code(), result.err());
         assertEquals(Set.of("O:BAG:SY" + CLOSED), new HashSet<>(seen));
-        assertEquals(OWN.replace("AI", "ARAI"), files.node(OUT).security);
+        assertEquals(OWN.replace("AI", "ARAI"), files.node(OUT).security, "the group was never changed");
     }
 
     @Test
@@ -141,14 +144,27 @@ class RestoreClosedTest {
     }
 
     @Test
-    void anAdministratorWhoIsNotYetAllowedToTakeItOverDoesSoAfterwards() {
-        files.addDirectory(OUT).security = OWN;
-        files.owned.add(OUT);
+    void onAnotherMachineAnAdministratorKeepsTheAccessOfTheAccount() {
+        files.remote = true;
+        List<String> seen = new ArrayList<>();
         files.atEachChange = call -> {
-            if (call.equals("security 4 " + OUT)) {
-                files.owned.clear();
+            if (call.startsWith("write " + OUT)) {
+                seen.add(files.node(OUT).security);
             }
         };
+
+        assertEquals(0, bed.restore().code());
+
+        String account = files.ownAccount;
+        assertEquals(Set.of("O:" + account + "G:SY" + CLOSED + "(A;OICI;FA;;;" + account + ")"), new HashSet<>(seen));
+    }
+
+    @ParameterizedTest
+    @CsvSource({"S-1-5-19, LS", "S-1-5-20, NS", "S-1-5-21-1-2-3-500, LA"})
+    void anAccountThatTheSystemWritesInShortIsRecognised(String account, String written) {
+        files.administrator = false;
+        files.ownAccount = account;
+        files.addDirectory(OUT).security = "O:" + written + "G:SYD:(A;OICI;FA;;;WD)";
 
         Bed.Result result = bed.restore();
 
@@ -156,17 +172,112 @@ class RestoreClosedTest {
     }
 
     @Test
-    void aTargetThatStaysSomebodyElsesIsRefusedAndGivenBack() {
+    void aTargetThatCannotBeTakenOverIsLeftAsItIs() {
         files.addDirectory(OUT).security = OWN;
         files.owned.add(OUT);
 
         Bed.Result result = bed.restore();
 
+        assertEquals(new Bed.Result(2, "", "The target C:\\out cannot be closed to others while it is restored into:"
+                + " (1307) Invalid owner.; --no-security restores without owners and rights, and leaves it open.\n"),
+                result);
+        assertEquals(OWN, files.node(OUT).security);
+    }
+
+    @Test
+    void whoIsNoAdministratorLeavesTheTargetOfAnotherAccountAsItIs() {
+        files.addDirectory(OUT).security = OWN;
+        files.administrator = false;
+
+        Bed.Result result = bed.restore();
+
         assertEquals(2, result.code());
-        assertTrue(result.err().startsWith("The target " + OUT + " cannot be closed to others while it is restored"
-                + " into: its rights are O:S-1-5-21-9-9-9-1009G:SYD:P"), result.err());
-        assertTrue(result.err().endsWith("cannot be put back to " + OWN + ": (1307) Invalid owner.\n"), result.err());
+        assertTrue(result.err().contains("restored into: it belongs to another account;"), result.err());
+        assertEquals(OWN, files.node(OUT).security);
+    }
+
+    @Test
+    void ofATargetThatIsNotTakenOverTheRightsAloneAreChangedAndPutBack() {
+        files.addDirectory(OUT).security = "O:BAG:SYD:(A;OICI;FA;;;WD)";
+
+        Bed.Result result = bed.restore();
+
+        assertEquals(0, result.code(), result.err());
+        assertEquals(List.of("security 4 " + OUT, "security 4 " + OUT),
+                files.calls.stream().filter(c -> c.matches("security . C:.out")).toList());
+        assertEquals("O:BAG:SYD:(A;OICI;FA;;;WD)", files.node(OUT).security);
+    }
+
+    @Test
+    void aTargetThatStaysOpenAfterAllIsGivenBack() {
+        files.addDirectory(OUT).security = OWN;
+        String[] reopened = {"O:S-1-5-21-9-9-9-1009G:SYD:(A;;FA;;;WD)"};
+        files.whenHeld.put(OUT, () -> files.node(OUT).security = reopened[0]);
+
+        Bed.Result result = bed.restore();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().contains("its rights are " + reopened[0] + " after all; --no-security"), result.err());
+        assertEquals(PUT_BACK.replace("D:", "G:SYD:"), files.node(OUT).security);
         assertEquals(List.of(), files.below(OUT));
+    }
+
+    @Test
+    void aFolderOfSomebodyElseInThePlaceOfANewTargetIsNoticed() {
+        files.whenHeld.put(OUT, () -> {
+            files.move(OUT, "C:\\moved");
+            files.addDirectory(OUT).security = "O:S-1-5-21-9-9-9-1009G:SY" + CLOSED;
+        });
+
+        Bed.Result result = bed.restore();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().contains("its rights are O:S-1-5-21-9-9-9-1009"), result.err());
+        assertEquals(List.of(), files.below(OUT));
+    }
+
+    @Test
+    void aNewTargetThatWasMadeOpenIsRefused() {
+        files.atEachChange = call -> {
+            if (call.equals("security 4 " + OUT)) {
+                throw new IllegalStateException("not even closed");
+            }
+        };
+        files.whenMadeClosed = node -> node.security = "O:BAG:SYD:(A;OICI;FA;;;WD)(D;;0xd0156;;;WD)";
+
+        Bed.Result result = bed.restore();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().contains("its rights are O:BAG:SYD:(A;OICI;FA;;;WD)"), result.err());
+    }
+
+    @Test
+    void aTargetWhoseRightsAreChangedMeanwhileEndsTheRestore() {
+        files.addDirectory(OUT).security = OWN;
+        files.atEachChange = call -> {
+            if (call.equals("close " + OUT + "\\a.txt")) {
+                files.node(OUT).security = "O:BAG:SYD:(A;OICI;FA;;;WD)";
+            }
+        };
+
+        Bed.Result result = bed.restore();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().endsWith("Somebody is changing the rights of the target C:\\out, and the restore is not"
+                + " finished: its rights are O:BAG:SYD:(A;OICI;FA;;;WD) after all\n"), result.err());
+        assertEquals(List.of(), files.below(OUT + "\\sub"));
+    }
+
+    @Test
+    void aRestoreThatFindsAnotherOneInItsTargetDoesNotOpenIt() {
+        files.addDirectory(OUT).security = OWN;
+        files.whenHeld.put(OUT, () -> files.addFile(OUT + "\\restore-unfinished", "the other's"));
+
+        Bed.Result result = bed.restore();
+
+        assertEquals("The target C:\\out cannot be restored into: somebody else is changing it\n", result.err());
+        assertFalse(files.isOpenToOthers(OUT));
+        assertEquals("the other's", files.text(OUT + "\\restore-unfinished"));
     }
 
     @Test
@@ -175,9 +286,9 @@ class RestoreClosedTest {
 
         Bed.Result result = bed.restore();
 
-        assertEquals(new Bed.Result(2, "", "The target C:\\out cannot be closed to others while it is restored into: its"
-                + " rights are O:WDG:WDD:(A;OICI;FA;;;WD) after all; --no-security restores without owners and rights,"
-                + " and leaves it open.\n"), result);
+        assertEquals(new Bed.Result(2, "", "The target C:\\out cannot be closed to others while it is restored into:"
+                + " its rights are O:WDG:WDD:(A;OICI;FA;;;WD) after all; --no-security restores without owners and"
+                + " rights, and leaves it open.\n"), result);
         assertNull(files.node(OUT));
         assertEquals(0, bed.run("restore", "--no-security", "C:\\store", OUT).code());
     }
@@ -279,13 +390,13 @@ class RestoreClosedTest {
         Bed.Result result = bed.restore();
 
         assertEquals(2, result.code());
-        assertTrue(result.err().startsWith("C:\\out holds a restore that was not finished; its folders, and the files"
-                + " that were not finished, are closed to others. C:\\out\\restore-unfinished has the rights that the"
-                + " folder had before.\nThe disk of the target C:\\out is full"), result.err());
+        assertTrue(result.err().startsWith("C:\\out holds a restore that was not finished; what was not finished in it"
+                + " is closed to others. C:\\out\\restore-unfinished has the folder's own rights.\nThe disk of the"
+                + " target C:\\out is full"), result.err());
         for (String path : List.of("", "\\sub", "\\sub\\deep", "\\restore-unfinished")) {
             assertFalse(files.isOpenToOthers(OUT + path), path);
         }
-        assertTrue(files.text(OUT + "\\restore-unfinished").contains(OWN));
+        assertTrue(files.text(OUT + "\\restore-unfinished").endsWith(" set " + PUT_BACK + "\n"));
     }
 
     @Test
@@ -327,7 +438,7 @@ class RestoreClosedTest {
     @Test
     void theMarkerTakesNoNameThatIsRestored() {
         files.addFile("C:\\src\\Restore-Unfinished", "mine");
-        bed.run("backup", "C:\\src", "C:\\second");
+        assertEquals(0, bed.run("backup", "C:\\src", "C:\\second").code());
 
         Bed.Result result = bed.run("restore", "C:\\second", OUT);
 
@@ -339,15 +450,13 @@ class RestoreClosedTest {
 
     @Test
     void aMarkerThatCannotBeRemovedLeavesTheTargetClosed() {
-        files.atEachChange = call -> {
-            if (call.startsWith("delete " + OUT + "\\restore-unfinished")) {
-                throw new SecurityException("refused");
-            }
-        };
+        files.undeletable.add(OUT + "\\restore-unfinished");
 
         Bed.Result result = bed.restore();
 
         assertEquals(2, result.code());
+        assertTrue(result.err().endsWith("The restore cannot be finished: its marker C:\\out\\restore-unfinished cannot"
+                + " be removed\n"), result.err());
         assertFalse(files.isOpenToOthers(OUT));
     }
 
@@ -370,9 +479,6 @@ class RestoreClosedTest {
 
     @Test
     void theRootOfADriveThatHasNothingButTheSystemsOwnIsEmpty() {
-        files.addDirectory("C:\\System Volume Information");
-        files.addDirectory("C:\\$RECYCLE.BIN");
-
         assertTrue(Folders.isEmpty("E:\\", List.of(record("E:\\System Volume Information"),
                 record("E:\\$Recycle.Bin"))));
         assertFalse(Folders.isEmpty("E:\\", List.of(record("E:\\$Recycle.Bin"), record("E:\\mine"))));

@@ -100,6 +100,32 @@ class RestoreKilledTest {
     }
 
     @Test
+    void aTargetThatWasThereStaysClosedAndItsOwnRightsAreNoted() {
+        String own = "O:S-1-5-21-9-9-9-1009G:SYD:(A;OICI;FA;;;WD)";
+        String[] restore = {"restore", "C:\\store", OUT};
+        int noted = 0;
+        for (int last = 1;; last++) {
+            Bed bed = backedUp();
+            bed.files.addDirectory(OUT).security = own;
+            killAtChange(bed, last);
+            try {
+                assertEquals(0, bed.run(restore).code());
+                break;
+            } catch (Killed e) {
+                bed.files.atEachChange = call -> { };
+            }
+            String step = "killed at change " + last;
+            if (!bed.files.below(OUT).isEmpty()) {
+                assertClosed(bed.files, step);
+                assertNotFinished(bed, step);
+            }
+            boolean whole = bed.files.node(MARKER) != null && !bed.files.text(MARKER).isEmpty();
+            noted += whole && bed.files.text(MARKER).contains("O:S-1-5-21-9-9-9-1009D:(A;OICI;FA;;;WD)") ? 1 : 0;
+        }
+        assertTrue(noted > 30, "noted at " + noted + " steps");
+    }
+
+    @Test
     void withoutRightsTooTheNextOneRecognisesIt() {
         String[] restore = {"restore", "--no-security", "C:\\store", OUT};
         int changes = changesOfARestore(restore);

@@ -54,8 +54,52 @@ class RestoreLinksTest {
         assertEquals(0, result.code(), result.err());
         assertEquals(77, files.node("C:\\out\\j").modified);
         assertEquals(0x412, files.node("C:\\out\\j").attributes);
-        assertEquals(List.of("link C:\\out\\j", "time C:\\out\\j", "attributes C:\\out\\j"),
+        assertEquals(List.of("link C:\\out\\j", "time C:\\out\\j", "attributes C:\\out\\j", "link-rights C:\\out\\j"),
                 files.calls.stream().filter(c -> c.endsWith(" C:\\out\\j")).toList());
+    }
+
+    @Test
+    void aLinkGetsTheAccessRightsThatItHadAndNoOwner() {
+        files.addLink("C:\\src\\j", WinFile.JUNCTION, "C:\\src\\sub").security = "O:WDG:WDD:(A;;FR;;;AU)";
+
+        Bed.Result result = backupAndRestore();
+
+        assertEquals(0, result.code(), result.err());
+        assertEquals("O:BAG:SYD:(A;;FR;;;AU)", files.node("C:\\out\\j").security);
+    }
+
+    @Test
+    void aLinkWhoseRightsCannotBeSetOrAreUnknownIsReported() {
+        files.addLink("C:\\src\\j", WinFile.JUNCTION, "C:\\src\\sub");
+        files.addLink("C:\\src\\k", WinFile.JUNCTION, "C:\\src\\sub");
+        files.withoutSecurity.add("C:\\src\\k");
+        files.unsecurable.add("C:\\out\\j");
+
+        Bed.Result result = backupAndRestore();
+
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\out\\j: its access rights cannot be set, and it is closed to others: Access is"
+                + " denied\nleft out: C:\\out\\k: its security descriptor could not be read for the backup; it is"
+                + " closed to others\n", result.err());
+        assertFalse(files.isOpenToOthers("C:\\out\\k"));
+    }
+
+    @Test
+    void whatSomebodyElseHasMadeInThePlaceOfALinkStays() {
+        files.addLink("C:\\src\\f", WinFile.FILE_SYMBOLIC_LINK, "a.txt");
+        files.addLink("C:\\src\\j", WinFile.JUNCTION, "C:\\src\\sub");
+        files.makesLinks = false;
+        files.atEachChange = call -> {
+            if (call.equals("link C:\\out\\f")) {
+                files.addFile("C:\\out\\f", "the other's");
+            }
+        };
+
+        Bed.Result result = backupAndRestore();
+
+        assertEquals(1, result.code());
+        assertEquals("the other's", files.text("C:\\out\\f"));
+        assertNull(files.node("C:\\out\\j"), "the directory of a junction that was not made is removed");
     }
 
     @Test

@@ -12,8 +12,8 @@ import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.ValueSource;
 
 class RestoreTest {
-    private static final String NOT_FINISHED = "C:\\out holds a restore that was not finished; its folders, and the"
-            + " files that were not finished, are closed to others.\n";
+    private static final String NOT_FINISHED = "C:\\out holds a restore that was not finished; what was not"
+            + " finished in it is closed to others.\n";
     private static final String CONTENT = "C:\\store\\data\\00000\\00000001";
 
     private final Bed bed = new Bed().withSource();
@@ -137,8 +137,8 @@ class RestoreTest {
         Bed.Result result = bed.restore();
 
         assertEquals(2, result.code());
-        assertEquals(NOT_FINISHED + "The disk of the target C:\\out is full, and the restore is not finished: [WriteFile] (112) Disk"
-                + " full.\n", result.err());
+        assertEquals(NOT_FINISHED + "The disk of the target C:\\out is full, and the restore is not finished: [WriteFile]"
+                + " (112) Disk full.\n", result.err());
         assertNull(files.node("C:\\out\\a.txt"));
         assertNotNull(files.node("C:\\store\\manifest.txt"));
     }

@@ -27,7 +27,7 @@ class StoreRightsTest {
         assertEquals(0, result.code(), result.err());
         assertEquals(List.of(), open);
         assertTrue(files.calls.contains("mkdir-closed C:\\store"));
-        assertEquals("O:BAG:SY" + CLOSED, files.node("C:\\store").security);
+        assertEquals("O:" + files.ownAccount + "G:SY" + CLOSED, files.node("C:\\store").security);
         assertFalse(files.isOpenToOthers("C:\\store\\manifest.txt"));
     }
 
@@ -59,6 +59,36 @@ class StoreRightsTest {
                 + " O:WDG:WDD:(A;OICI;FA;;;WD) after all; --share-store leaves it as open as its folder.\n"), result);
         assertNull(files.node("C:\\store"));
         assertEquals(0, bed.run("backup", "--share-store", "C:\\src", "C:\\store").code());
+    }
+
+    @Test
+    void aFolderOfSomebodyElseInItsPlaceIsNoticed() {
+        files.whenHeld.put("C:\\store", () -> {
+            files.move("C:\\store", "C:\\moved");
+            files.addDirectory("C:\\store").security = "O:S-1-5-21-9-9-9-1009G:SY" + CLOSED;
+        });
+
+        Bed.Result result = bed.backup();
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().contains("its rights are O:S-1-5-21-9-9-9-1009"), result.err());
+        assertEquals(List.of(), files.below("C:\\store"));
+        assertEquals(0, files.openHandles());
+    }
+
+    @Test
+    void nobodyCanRenameItWhileItIsWritten() {
+        List<Boolean> held = new ArrayList<>();
+        files.atEachChange = call -> {
+            if (call.startsWith("write C:\\store")) {
+                held.add(files.isHeld("C:\\store"));
+            }
+        };
+
+        bed.backup();
+
+        assertFalse(held.isEmpty() || held.contains(false));
+        assertEquals(0, files.openHandles());
     }
 
     @Test
