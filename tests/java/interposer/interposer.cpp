@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <cwchar>
 #include <vector>
 
 #include "pe_image.h"
@@ -84,6 +85,28 @@ BOOL WINAPI logOnAsSelf(LPCSTR, LPCSTR, LPCSTR, DWORD, DWORD, PHANDLE token) {
     return done;
 }
 
+ImportedFunction attributes;
+ImportedFunction attributeWord;
+wchar_t deniedName[MAX_PATH];
+
+// Tells whether only the privilege to back up gives access to a path.
+bool isDenied(LPCWSTR path) {
+    if (std::wcsstr(path, deniedName) == nullptr) {
+        return false;
+    }
+    SetLastError(ERROR_ACCESS_DENIED);
+    return true;
+}
+
+BOOL WINAPI denyAttributes(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data) {
+    const auto original = attributes.original<BOOL WINAPI(LPCWSTR, GET_FILEEX_INFO_LEVELS, LPVOID)>();
+    return isDenied(path) ? FALSE : original(path, level, data);
+}
+
+DWORD WINAPI denyAttributeWord(LPCWSTR path) {
+    return isDenied(path) ? INVALID_FILE_ATTRIBUTES : attributeWord.original<DWORD WINAPI(LPCWSTR)>()(path);
+}
+
 constexpr ULONG importBlockSize = 70'003;  // a size that nobody else asks for
 
 ImportedFunction rawImport;
@@ -133,6 +156,20 @@ EXPORTED BOOL standIn(const wchar_t* library) {
 EXPORTED void standAside() {
     logon.restore();
     rawImport.restore();
+}
+
+// From here on the library does not get the attributes of what has this in its path.
+EXPORTED BOOL denyAttributesOf(const wchar_t* library, const wchar_t* part) {
+    lstrcpynW(deniedName, part, MAX_PATH);
+    return attributes.replace(library, "GetFileAttributesExW",
+                              reinterpret_cast<const void*>(denyAttributes)) &&
+           attributeWord.replace(library, "GetFileAttributesW",
+                                 reinterpret_cast<const void*>(denyAttributeWord));
+}
+
+EXPORTED void allowAttributes() {
+    attributes.restore();
+    attributeWord.restore();
 }
 
 EXPORTED int countLogons() {

@@ -79,15 +79,18 @@ class HeldFoldersTest {
             Files.writeString(Files.createDirectory(tree.resolve("folder" + i)).resolve("file"), "content " + i);
         }
         Path target = folder.resolve("out");
+        Path moved = folder.resolve("moved");
         assertEquals(0, Client.run("backup", tree, folder.resolve("store")).code());
         AtomicInteger tries = new AtomicInteger();
         AtomicInteger renamed = new AtomicInteger();
         AtomicBoolean done = new AtomicBoolean();
         Thread attacker = new Thread(() -> {
             while (!done.get()) {
-                if (Files.exists(target.resolve("folder0")) && !done.get()) {
+                if (Files.exists(target.resolve("restore-unfinished"))) {
                     tries.incrementAndGet();
-                    renamed.addAndGet(files.rename(target.toString(), target + " moved") ? 1 : 0);
+                    // When it has been finished, and let go, it may be renamed.
+                    files.rename(target.toString(), moved.toString());
+                    renamed.addAndGet(Files.exists(moved.resolve("restore-unfinished")) ? 1 : 0);
                 }
             }
         });

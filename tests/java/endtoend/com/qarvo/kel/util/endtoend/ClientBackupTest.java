@@ -169,6 +169,20 @@ class ClientBackupTest extends EndToEnd {
         assertDone("Restored 5 files", Client.run("restore", store, restored));
     }
 
+    /** Windows lists and opens such folders for whoever may back up, and tells nobody else their attributes. */
+    @Test
+    void whatOnlyThePrivilegeToBackUpReachesIsBackedUp() throws Throwable {
+        Path secret = Files.createDirectories(tree.resolve("private").resolve("inner")).resolve("file.txt");
+        Files.writeString(secret, "content");
+
+        Client.Result result = Interposer.withoutAttributesOf("\\private\\",
+                () -> Client.run("backup", tree, store));
+
+        assertEquals("", result.err());
+        assertDone("Restored 7 files", Client.run("restore", store, restored));
+        assertEquals("content", Files.readString(restored.resolve(tree.relativize(secret))));
+    }
+
     /** This system's logon answers every account with a token that nobody knows. */
     @Test
     void anAccountThatCannotLogOnEndsTheBackupBeforeAnythingIsMade() throws IOException {

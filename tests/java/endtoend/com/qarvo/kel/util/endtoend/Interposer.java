@@ -20,6 +20,10 @@ final class Interposer {
 
         void standAside();
 
+        boolean denyAttributesOf(WString library, WString part);
+
+        void allowAttributes();
+
         int countLogons();
 
         long countImportedBytes();
@@ -57,6 +61,16 @@ final class Interposer {
 
     static void standAside() {
         HELPER.standAside();
+    }
+
+    /** Makes a call while the attributes of what has a text in its path cannot be read by themselves. */
+    static <T> T withoutAttributesOf(String part, ThrowingSupplier<T> call) throws Throwable {
+        assertTrue(HELPER.denyAttributesOf(new WString(System.getProperty("winutil.library")), new WString(part)));
+        try {
+            return call.get();
+        } finally {
+            HELPER.allowAttributes();
+        }
     }
 
     static int logons() {
