@@ -105,12 +105,16 @@ final class RestoreTarget implements AutoCloseable {
         }
         List<WinFile> found = Folders.entries(files, path, "target");
         if (isUnfinished(found)) {
-            // It is closed for another restore now, which must not find it open.
-            ownSecurity = "";
+            leaveToAnotherRestore();
         }
         if (!Way.isPlainFolder(files, path) || !Folders.isEmpty(path, found)) {
             throw new IOException("somebody else is changing it");
         }
+    }
+
+    /** Leaves the target closed: another restore has begun in it, which must not find it open. */
+    private void leaveToAnotherRestore() {
+        ownSecurity = "";
     }
 
     private void closeToOthers() {
@@ -146,10 +150,22 @@ final class RestoreTarget implements AutoCloseable {
         }
         String text = "The restore into this folder is not finished.\n"
                 + (ownSecurity.isEmpty() ? "" : "To give the folder its own rights back, set " + ownSecurity + "\n");
-        marker = Names.join(path, name);
-        try (NativeOutputStream out = new NativeOutputStream(files, marker)) {
+        String place = Names.join(path, name);
+        try (NativeOutputStream out = createMarker(place)) {
+            marker = place;
             out.write(text.getBytes(StandardCharsets.UTF_8));
             out.finish();
+        }
+    }
+
+    private NativeOutputStream createMarker(String place) throws IOException {
+        try {
+            return new NativeOutputStream(files, place);
+        } catch (IOException e) {
+            if (files.exists(place)) {
+                leaveToAnotherRestore();
+            }
+            throw e;
         }
     }
 
@@ -263,6 +279,9 @@ final class RestoreTarget implements AutoCloseable {
         body.run();
         hold("");
         requirePlain("");
+        if (rights != null) {
+            rights.requireClosed(path);
+        }
     }
 
     /** Removes the marker: everything below the target is finished. */

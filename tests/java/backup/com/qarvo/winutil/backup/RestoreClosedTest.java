@@ -281,6 +281,38 @@ class RestoreClosedTest {
     }
 
     @Test
+    void ofTwoRestoresThatFoundTheTargetEmptyOneKeepsItsMarkerAndItsRights() {
+        files.addDirectory(OUT).security = OWN;
+        String marker = OUT + "\\restore-unfinished";
+        files.before.put(marker, () -> files.addFile(marker, "the other's"));
+
+        Bed.Result result = bed.restore();
+
+        assertEquals("The target C:\\out cannot be restored into: [CreateFileW] (80) File exists.\n", result.err());
+        assertEquals("the other's", files.text(marker));
+        assertFalse(files.isOpenToOthers(OUT));
+    }
+
+    @Test
+    void aFolderInThePlaceOfATargetThatWasLetGoToBeCompressedIsNotOpened() {
+        files.node("C:\\src").attributes = Win32.FILE_ATTRIBUTE_DIRECTORY | Win32.FILE_ATTRIBUTE_COMPRESSED;
+        bed.run("backup", "C:\\src", "C:\\second");
+        files.atEachChange = call -> {
+            if (call.equals("compress " + OUT)) {
+                files.move(OUT, "C:\\moved");
+                files.addDirectory(OUT).security = "O:S-1-5-21-9-9-9-1009G:SYD:(A;;FA;;;WD)";
+            }
+        };
+
+        Bed.Result result = bed.run("restore", "C:\\second", OUT);
+
+        assertEquals(2, result.code());
+        assertTrue(result.err().contains("The restore cannot be finished: its rights are O:S-1-5-21-9-9-9-1009"),
+                result.err());
+        assertFalse(files.isOpenToOthers("C:\\moved"));
+    }
+
+    @Test
     void whereTheFileSystemKeepsNoRightsItIsSaidAndNothingIsLeft() {
         files.keepsRights = false;
 
