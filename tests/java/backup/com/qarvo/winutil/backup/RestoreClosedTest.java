@@ -65,6 +65,17 @@ class RestoreClosedTest {
         };
     }
 
+    /** Gives what the rights of the target are, each time that something is written into it. */
+    private Set<String> rightsWhileWriting() {
+        Set<String> seen = new HashSet<>();
+        files.atEachChange = call -> {
+            if (call.startsWith("write " + OUT)) {
+                seen.add(files.node(OUT).security);
+            }
+        };
+        return seen;
+    }
+
     @ParameterizedTest
     @ValueSource(booleans = {false, true})
     void nothingIsOpenToOthersBeforeItIsFinished(boolean existing) {
@@ -111,52 +122,37 @@ class RestoreClosedTest {
     @Test
     void anExistingTargetIsTakenOverAndGetsItsOwnRightsBack() {
         files.addDirectory(OUT).security = OWN;
-        List<String> seen = new ArrayList<>();
-        files.atEachChange = call -> {
-            if (call.startsWith("write " + OUT)) {
-                seen.add(files.node(OUT).security);
-            }
-        };
+        Set<String> seen = rightsWhileWriting();
 
         Bed.Result result = bed.restore();
 
         assertEquals(0, result.code(), result.err());
-        assertEquals(Set.of("O:BAG:SY" + CLOSED), new HashSet<>(seen));
+        assertEquals(Set.of("O:BAG:SY" + CLOSED), seen);
         assertEquals(OWN.replace("AI", "ARAI"), files.node(OUT).security, "the group was never changed");
     }
 
     @Test
     void anAccountThatIsNoAdministratorKeepsItsOwnAccess() {
         files.administrator = false;
-        List<String> seen = new ArrayList<>();
-        files.atEachChange = call -> {
-            if (call.startsWith("write " + OUT)) {
-                seen.add(files.node(OUT).security);
-            }
-        };
+        Set<String> seen = rightsWhileWriting();
 
         Bed.Result result = bed.restore();
 
         assertEquals(0, result.code(), result.err());
         String account = files.ownAccount;
-        assertEquals(Set.of("O:" + account + "G:SY" + CLOSED + "(A;OICI;FA;;;" + account + ")"), new HashSet<>(seen));
+        assertEquals(Set.of("O:" + account + "G:SY" + CLOSED + "(A;OICI;FA;;;" + account + ")"), seen);
         assertFalse(files.calls.contains("security 1 " + OUT), "whose it is does not change");
     }
 
     @Test
     void onAnotherMachineAnAdministratorKeepsTheAccessOfTheAccount() {
         files.remote = true;
-        List<String> seen = new ArrayList<>();
-        files.atEachChange = call -> {
-            if (call.startsWith("write " + OUT)) {
-                seen.add(files.node(OUT).security);
-            }
-        };
+        Set<String> seen = rightsWhileWriting();
 
         assertEquals(0, bed.restore().code());
 
         String account = files.ownAccount;
-        assertEquals(Set.of("O:" + account + "G:SY" + CLOSED + "(A;OICI;FA;;;" + account + ")"), new HashSet<>(seen));
+        assertEquals(Set.of("O:" + account + "G:SY" + CLOSED + "(A;OICI;FA;;;" + account + ")"), seen);
     }
 
     @ParameterizedTest
