@@ -259,7 +259,9 @@ final class WindowsNativeFiles implements NativeFiles {
      * system, so that a file of no content gets the rights as text, and is asked for them.
      */
     private List<AclEntry> entriesOf(String text) throws IOException {
-        Path sample = Files.createTempFile("rights", null);
+        // Not createTempFile: its random names cost a third of a second the first time.
+        Path sample = Files.createFile(Path.of(System.getProperty("java.io.tmpdir"), "rights-"
+                + Long.toHexString(ProcessHandle.current().pid()) + "-" + Long.toHexString(System.nanoTime())));
         try {
             setSecurity(sample.toString(), Win32.DACL_SECURITY_INFORMATION, text);
             return Files.getFileAttributeView(sample, AclFileAttributeView.class).getAcl();
