@@ -108,9 +108,9 @@ final class BackupJob implements TreeWalk.Visitor {
             job.report().leftOut(link.entry().getPath(), "it is a link, and where it leads cannot be read");
             return;
         }
-        // Without its descriptor too: that of a link is never set or compared.
         add(ManifestEntry.ofLink(link));
         job.progress().countLink();
+        reportSecurity(link);
     }
 
     @Override

@@ -59,7 +59,7 @@ final class ClosedRights {
      */
     void closeMade(String directory) throws IOException {
         Descriptor found = read(directory);
-        if (!found.keepsEverybodyOut() && !found.grantsOnly(trustees)) {
+        if (!found.deniesEverybodyFirst() && !found.grantsOnly(trustees)) {
             throw asFound(found);
         }
         files.setSecurity(directory, Win32.DACL_SECURITY_INFORMATION, text(true));

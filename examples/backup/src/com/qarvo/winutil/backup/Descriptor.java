@@ -16,7 +16,8 @@ import java.util.regex.Pattern;
 final class Descriptor {
     private static final String SID = "[A-Z]{2}|S-1-[0-9A-FXa-fx-]+";
     /** One that allows or denies and has no condition; its first group says which, its second who is meant. */
-    private static final String PLAIN_ENTRY = "\\(([AD]);[A-Z]*;[^;()]*;;;([^;()]+)\\)";
+    private static final Pattern PLAIN_ENTRY = Pattern.compile("\\(([AD]);[A-Z]*;[^;()]*;;;([^;()]+)\\)");
+    private static final Pattern PLAIN_ENTRIES = Pattern.compile("(" + PLAIN_ENTRY + ")*");
     private static final String FLAGS = "(P|AR|AI|NO_ACCESS_CONTROL){0,4}";
 
     private final String owner;
@@ -76,9 +77,9 @@ final class Descriptor {
         return owner != null && trustees.contains(owner);
     }
 
-    /** Tells whether the first thing that it says denies everybody every change and every look inside. */
-    boolean keepsEverybodyOut() {
-        Matcher first = Pattern.compile(PLAIN_ENTRY).matcher(Objects.requireNonNullElse(entries, ""));
+    /** Tells whether it denies everybody something before all else; what it only inherited or hands down is none. */
+    boolean deniesEverybodyFirst() {
+        Matcher first = PLAIN_ENTRY.matcher(Objects.requireNonNullElse(entries, ""));
         return first.lookingAt() && first.group(1).equals("D") && first.group(2).equals("WD")
                 && !first.group().matches("\\(D;[A-Z]*I[OD].*");
     }
@@ -90,10 +91,10 @@ final class Descriptor {
 
     /** Tells whether it grants nothing to anyone but these identifiers. */
     boolean grantsOnly(Set<String> trustees) {
-        if (flags == null || flags.contains("NO_ACCESS_CONTROL") || !entries.matches("(" + PLAIN_ENTRY + ")*")) {
+        if (flags == null || flags.contains("NO_ACCESS_CONTROL") || !PLAIN_ENTRIES.matcher(entries).matches()) {
             return false;
         }
-        return Pattern.compile(PLAIN_ENTRY).matcher(entries).results()
+        return PLAIN_ENTRY.matcher(entries).results()
                 .allMatch(entry -> entry.group(1).equals("D") || trustees.contains(entry.group(2)));
     }
 

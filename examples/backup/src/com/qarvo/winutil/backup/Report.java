@@ -27,9 +27,7 @@ final class Report {
 
     /** Tells how a job that ended early has left things; the sentence that says why comes after it. */
     void endedEarly(String state) {
-        progress.clear();
-        err.println(state);
-        err.flush();
+        print(state);
     }
 
     long count() {
@@ -38,8 +36,12 @@ final class Report {
 
     private void print(String what, String path, String reason) {
         count++;
+        print(what + ": " + Escapes.printable(path) + ": " + reason);
+    }
+
+    private void print(String line) {
         progress.clear();
-        err.println(what + ": " + Escapes.printable(path) + ": " + reason);
+        err.println(line);
         err.flush();
     }
 }

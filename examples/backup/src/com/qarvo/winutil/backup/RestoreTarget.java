@@ -7,6 +7,7 @@ import java.util.ArrayDeque;
 import java.util.Deque;
 import java.util.List;
 import java.util.Set;
+import java.util.regex.Pattern;
 
 /**
  * The folder that a restore writes into. Where rights are restored it is closed to others, with everything below it,
@@ -16,6 +17,7 @@ import java.util.Set;
  */
 final class RestoreTarget implements AutoCloseable {
     private static final String MARKER = "restore-unfinished";
+    private static final Pattern MARKERS = Pattern.compile(MARKER + "(-[0-9]+)?");
 
     private final NativeFiles files;
     private final String path;
@@ -68,7 +70,7 @@ final class RestoreTarget implements AutoCloseable {
 
     /** Tells whether a path relative to a target is that of a marker. */
     static boolean isMarker(String relative) {
-        return relative.matches(MARKER + "(-[0-9]+)?");
+        return MARKERS.matcher(relative).matches();
     }
 
     /**

@@ -104,9 +104,12 @@ final class WindowsNativeFiles implements NativeFiles {
     /**
      * Tells whether a directory that cannot be listed is the root of a volume with nothing in it: it lacks the entries
      * "." and ".." too, so that the system says of it that no file was found. Java tells that from a failure, which has
-     * no list.
+     * no list, where it does not take the name for another one.
      */
     private static boolean isEmptyRoot(String directory) {
+        if (hasTrailingDotOrSpace(directory)) {
+            return false;
+        }
         String[] names = new File(directory).list();
         return names != null && names.length == 0;
     }

@@ -23,13 +23,17 @@ class BackupLinksTest {
     }
 
     @Test
-    void aLinkWithoutADescriptorIsWhole() {
+    void aLinkWithoutADescriptorIsStoredAndReported() {
         files.addLink("C:\\src\\dangling", WinFile.FILE_SYMBOLIC_LINK, "C:\\nowhere").attributes = 0x422;
         files.withoutSecurity.add("C:\\src\\dangling");
 
-        assertEquals(0, bed.backup().code());
+        Bed.Result result = bed.backup();
 
+        assertEquals(1, result.code());
+        assertEquals("left out: C:\\src\\dangling: its security descriptor cannot be read: the system gives none\n",
+                result.err());
         assertEquals(0x422, bed.entry("dangling").attributes());
+        assertEquals(ManifestEntry.UNREAD, bed.entry("dangling").security());
     }
 
     @Test

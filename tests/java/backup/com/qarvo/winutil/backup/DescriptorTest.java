@@ -102,8 +102,8 @@ class DescriptorTest {
         "D: = false",
         "O:BA = false",
     })
-    void keepsEverybodyOutWhereThatIsTheFirstThingItSays(String text, boolean out) throws IOException {
-        assertEquals(out, Descriptor.parse(text).keepsEverybodyOut());
+    void knowsWhetherEverybodyIsDeniedSomethingBeforeAllElse(String text, boolean out) throws IOException {
+        assertEquals(out, Descriptor.parse(text).deniesEverybodyFirst());
     }
 
     @Test

@@ -137,8 +137,8 @@ class RestoreTest {
         Bed.Result result = bed.restore();
 
         assertEquals(2, result.code());
-        assertEquals(NOT_FINISHED + "The disk of the target C:\\out is full, and the restore is not finished: [WriteFile]"
-                + " (112) Disk full.\n", result.err());
+        assertEquals(NOT_FINISHED + "The disk of the target C:\\out is full, and the restore is not finished:"
+                + " [WriteFile] (112) Disk full.\n", result.err());
         assertNull(files.node("C:\\out\\a.txt"));
         assertNotNull(files.node("C:\\store\\manifest.txt"));
     }

@@ -5,6 +5,7 @@ import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.qarvo.kel.util.Win32;
 import java.io.IOException;
 import java.nio.file.FileSystemException;
 import java.nio.file.Files;
@@ -32,7 +33,8 @@ class HeldFoldersTest {
             // What is made, changed and removed in it, and its time and rights, are not kept from anybody.
             Files.delete(Files.createFile(held.resolve("file")));
             assertTrue(files.setLastModified(held.toString(), 0));
-            files.setSecurity(held.toString(), 4, ClosedRights.of(files, held.toString()).text(true));
+            files.setSecurity(held.toString(), Win32.DACL_SECURITY_INFORMATION,
+                    ClosedRights.of(files, held.toString()).text(true));
         } finally {
             files.close(file);
         }
@@ -57,7 +59,7 @@ class HeldFoldersTest {
     @Test
     void whatIsOpenToOthersIsNotTakenForClosed() throws IOException {
         String open = Files.createDirectory(folder.resolve("open")).toString();
-        files.setSecurity(open, 4, "D:(A;;FA;;;SY)(A;;FA;;;WD)");
+        files.setSecurity(open, Win32.DACL_SECURITY_INFORMATION, "D:(A;;FA;;;SY)(A;;FA;;;WD)");
         ClosedRights rights = ClosedRights.of(files, open);
 
         assertTrue(entries(open).contains(";WD)"), entries(open));

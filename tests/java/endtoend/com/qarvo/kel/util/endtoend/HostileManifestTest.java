@@ -1,6 +1,7 @@
 package com.qarvo.kel.util.endtoend;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.qarvo.winutil.backup.Client;
@@ -209,6 +210,8 @@ class HostileManifestTest extends EndToEnd {
         assertEquals(1, result.code());
         assertTrue(result.err().endsWith("; it is closed to others\n"), result.err());
         assertEquals(1, result.err().lines().count(), result.err());
+        String rights = Witness.securityDescriptor(target.resolve("x").toString());
+        assertFalse(rights.contains(";WD)"), rights);
     }
 
     private List<String> names() throws IOException {
