@@ -195,7 +195,7 @@ ScriptedProvider::ScriptedProvider(SystemCalls& system) {
         return module_;
     });
     getProcAddress_ = system.replace<decltype(::GetProcAddress)>(
-        "GetProcAddress", [this](HMODULE module, LPCSTR name) -> FARPROC {
+        "GetProcAddress", [this, &system](HMODULE module, LPCSTR name) -> FARPROC {
             EXPECT_EQ(module, module_);
             resolved.emplace_back(name);
             const auto found = entryPoints.find(name);
@@ -203,7 +203,7 @@ ScriptedProvider::ScriptedProvider(SystemCalls& system) {
                 SetLastError(ERROR_PROC_NOT_FOUND);
                 return nullptr;
             }
-            return reinterpret_cast<FARPROC>(const_cast<void*>(found->second));
+            return reinterpret_cast<FARPROC>(const_cast<void*>(system.lead(name, found->second)));
         });
 }
 

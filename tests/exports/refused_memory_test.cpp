@@ -6,10 +6,9 @@
 #include <iostream>
 #include <map>
 #include <set>
-#include <tuple>
 
+#include "any_method.h"
 #include "pe_image.h"
-#include "winutil_fixture.h"
 
 namespace {
 
@@ -56,19 +55,8 @@ struct Needs {
     std::size_t blocks = 0;    // malloc
 };
 
-class RefusedMemory : public WinUtilTest {
+class RefusedMemory : public AnyMethodTest {
 protected:
-    // Calls a method with `text` for each string, an array for each array, `object` for each object and
-    // `number` for each long; the rest is 0. Returns what it answers, as text.
-    template <class Function>
-    std::wstring call(const char* name) {
-        return callNative(native<Function>((prefix + name).c_str()), static_cast<Function*>(nullptr));
-    }
-
-    std::wstring text = L"C:\\refused";
-    JavaObject object;
-    jlong number = 0;
-
     JavaObject collector() { return java.list(); }
 
     // Makes the method's call once for each of its needs, with that one refused, and compares what it does.
@@ -131,49 +119,7 @@ protected:
         return rows;
     }
 
-    static inline const std::string prefix = "Java_com_qarvo_kel_util_WindowsUtil_";
-
 private:
-    template <class Native, class R, class Self, class... Parameters>
-    std::wstring callNative(const Native& method, R (*)(JNIEnv*, Self, Parameters...)) {
-        const auto arguments = std::make_tuple(argument<Parameters>()...);
-        if constexpr (std::is_void_v<R>) {
-            std::apply(method, arguments);
-            return L"";
-        } else {
-            return describe(std::apply(method, arguments));
-        }
-    }
-
-    template <class Parameter>
-    auto argument() {
-        if constexpr (std::is_same_v<Parameter, jstring>) {
-            return text;
-        } else if constexpr (std::is_same_v<Parameter, jbyteArray>) {
-            return java.byteArray(std::vector<jbyte>(16));
-        } else if constexpr (std::is_same_v<Parameter, jobject>) {
-            return object;
-        } else if constexpr (std::is_same_v<Parameter, jlong>) {
-            return number;
-        } else {
-            return Parameter{};
-        }
-    }
-
-    static std::wstring describe(bool value) { return value ? L"true" : L"false"; }
-    static std::wstring describe(jint value) { return std::to_wstring(value); }
-    static std::wstring describe(jlong value) { return std::to_wstring(value); }
-    static std::wstring describe(const JavaObject& value) {
-        if (!value) {
-            return L"null";
-        }
-        if (value.className() == "java/lang/String") {
-            return L'"' + value.text() + L'"';
-        }
-        const std::size_t count = value.className() == "[B" ? value.bytes().size() : value.elements().size();
-        return std::to_wstring(count) + L" elements";
-    }
-
     void judge(const char* name, const char* function, std::size_t k, const Outcome& outcome,
                const std::wstring& value) {
         const Thrown thrown = java.takeException();
@@ -429,7 +375,7 @@ TEST_F(RefusedMemory, IsLookedAtForEveryMethod) {
     ASSERT_TRUE(image);
     std::set<std::string> missing;
     for (const auto& exported : image->exports()) {
-        missing.insert(exported.name.substr(prefix.size()));
+        missing.insert(exported.name.substr(nativePrefix.size()));
     }
     EXPECT_EQ(missing.size(), table().size());
     for (const auto& [name, row] : table()) {

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "com_slots.h"
 #include "winutil_fixture.h"
 
 namespace testbed {
@@ -70,6 +71,7 @@ public:
         return E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override {
+        ComSlots::lead(*this, identifier_);
         ledger_.take(Kind::comReference, address(), "AddRef", "a COM object of the test");
         return ++references_;
     }

@@ -171,9 +171,17 @@ void FakeJava::expectUnreleased(const std::string& function, std::size_t count) 
     state_->expectedPins[function] += count;
 }
 
+void FakeJava::keepUnreleased(const std::string& function) {
+    state_->keptPins.insert(function);
+}
+
 std::size_t FakeJava::count(const std::string& function) const {
     const auto found = state_->counts.find(function);
     return found == state_->counts.end() ? 0 : found->second;
+}
+
+const std::map<std::string, std::size_t>& FakeJava::counts() const {
+    return state_->counts;
 }
 
 std::size_t FakeJava::liveReferences() const {

@@ -6,6 +6,7 @@
 #include <jni.h>
 
 #include <concepts>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -93,8 +94,12 @@ public:
     // leak that is required.
     void expectUnreleased(const std::string& function, std::size_t count);
 
+    // Declares the same of every native method from now on, however many it keeps.
+    void keepUnreleased(const std::string& function);
+
     // Accounts.
     std::size_t count(const std::string& function) const;
+    const std::map<std::string, std::size_t>& counts() const;
     std::size_t liveReferences() const;  // local references that native code made and has not deleted
     std::size_t peakReferences() const;  // the most of them at one time
     const std::vector<ArrayRelease>& arrayReleases() const;

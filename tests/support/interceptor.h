@@ -7,8 +7,9 @@
 namespace testbed {
 
 // Says where a call goes. Given the slot of the function and the arguments as they lie on the stack, it
-// answers the address to go on to, or null when the call ends here with the result filled in.
-using Decide = const void*(void* slot, const std::uint64_t* arguments, std::uint64_t* result);
+// answers the address to go on to, or null when the call ends here with the result filled in. The call goes
+// on with the arguments as it leaves them.
+using Decide = const void*(void* slot, std::uint64_t* arguments, std::uint64_t* result);
 
 // Jumps through the first word of the slot, whose address it leaves in rax.
 std::vector<unsigned char> trampolineCode(const void* slot);

@@ -98,6 +98,7 @@ public:
     std::vector<ArrayRelease> arrayReleases;
     std::vector<StringRelease> stringReleases;
     std::map<std::string, std::size_t> expectedPins;  // function, how many of its things stay
+    std::set<std::string> keptPins;                   // functions whose things may all stay
     Exception pending;
     JavaObject self;
     std::size_t live = 0;

@@ -156,8 +156,10 @@ std::vector<std::string> Ledger::differences() const {
 }
 
 HANDLE Ledger::fakeHandle() {
-    static std::atomic<std::uint64_t> next = fakeHandles;
-    return reinterpret_cast<HANDLE>(next.fetch_add(handleStep));
+    // After the last comes the first again, which nobody holds any more.
+    constexpr std::uint64_t count = (fakeHandlesEnd - fakeHandles) / handleStep;
+    static std::atomic<std::uint64_t> next = 0;
+    return reinterpret_cast<HANDLE>(fakeHandles + next.fetch_add(1) % count * handleStep);
 }
 
 bool Ledger::isFake(std::uint64_t value) {

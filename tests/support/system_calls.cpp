@@ -38,6 +38,7 @@ bool isCode(const void* address) {
 struct InterceptedCall::Pending {
     Slot* slot;
     std::shared_ptr<Behaviour> behaviour;
+    std::optional<Fault> fault;  // of a call that is made
     const void* caller;
 };
 
@@ -54,21 +55,27 @@ struct Slot {
     std::atomic<std::size_t> count = 0;
     std::size_t countBefore = 0;
 
-    static const void* decide(void* slot, const std::uint64_t* arguments, std::uint64_t* result) noexcept;
+    static const void* decide(void* slot, std::uint64_t* arguments, std::uint64_t* result) noexcept;
 };
 
 // Says where the call goes; null means nowhere, with the result filled in.
-const void* Slot::decide(void* slot, const std::uint64_t* arguments, std::uint64_t* result) noexcept {
+const void* Slot::decide(void* slot, std::uint64_t* arguments, std::uint64_t* result) noexcept {
     DWORD lastError = GetLastError();
     Slot& self = *static_cast<Slot*>(slot);
     ++self.count;
-    std::shared_ptr<Behaviour> behaviour = self.owner->choose(self, arguments);
+    auto [behaviour, fault] = self.owner->choose(self, arguments);
+    if (fault && fault->way == Fault::Way::cut) {
+        std::uint64_t& asked = arguments[fault->cutArgument];
+        asked = std::max<DWORD>(static_cast<DWORD>(asked) / 2, 1);
+        fault.reset();
+    }
     const void* target = self.real;
     if (self.tracked != nullptr || (behaviour && behaviour->body)) {
         target = self.tracked != nullptr ? self.tracked : behaviour->entry;
         // The return address lies just below the arguments.
         const auto* caller = reinterpret_cast<const void*>(arguments[-1]);
-        TlsSetValue(pendingIndex, new InterceptedCall::Pending{&self, std::move(behaviour), caller});
+        TlsSetValue(pendingIndex,
+                    new InterceptedCall::Pending{&self, std::move(behaviour), std::move(fault), caller});
     } else if (behaviour && behaviour->answer) {
         *result = behaviour->answer->result;
         lastError = behaviour->answer->lastError.value_or(lastError);
@@ -112,6 +119,10 @@ bool InterceptedCall::isReplaced() const {
 
 const Behaviour* InterceptedCall::behaviour() const {
     return pending_->behaviour.get();
+}
+
+const std::optional<Fault>& InterceptedCall::fault() const {
+    return pending_->fault;
 }
 
 const void* InterceptedCall::realFunction() const {
@@ -190,20 +201,27 @@ std::vector<unsigned char> SystemCalls::trampolineFor(const std::string& name, c
     return trampolineCode(&target);
 }
 
-std::shared_ptr<Behaviour> SystemCalls::choose(Slot& slot, const std::uint64_t* arguments) {
+SystemCalls::Choice SystemCalls::choose(Slot& slot, const std::uint64_t* arguments) {
     const std::lock_guard lock(mutex_);
-    std::shared_ptr<Behaviour> chosen;
+    Choice choice;
     for (auto behaviour = slot.behaviours.rbegin(); behaviour != slot.behaviours.rend(); ++behaviour) {
         auto& calls = (*behaviour)->calls;
         RecordedCall& call = calls.emplace_back();
         std::copy_n(arguments, call.arguments.size(), call.arguments.begin());
         call.thread = GetCurrentThreadId();
-        const bool acts = (*behaviour)->answer || (*behaviour)->body;
-        if (!chosen && acts && calls.size() >= (*behaviour)->first && calls.size() <= (*behaviour)->last) {
-            chosen = *behaviour;
+        if (calls.size() < (*behaviour)->first || calls.size() > (*behaviour)->last) {
+            continue;
+        }
+        if ((*behaviour)->fault) {
+            choice.fault = (*behaviour)->fault;
+        } else if (!choice.behaviour && ((*behaviour)->answer || (*behaviour)->body)) {
+            choice.behaviour = *behaviour;
         }
     }
-    return chosen ? chosen : slot.base;
+    if (!choice.behaviour) {
+        choice.behaviour = slot.base;
+    }
+    return choice;
 }
 
 // The DLL's GetProcAddress: what it finds leads through a slot as well.
@@ -226,7 +244,13 @@ FARPROC SystemCalls::resolve(HMODULE module, const char* name) {
     if (target.real == nullptr) {
         target.real = real;
     }
-    const void*& trampoline = resolved_[name];
+    const void* code = leadTo(target);
+    SetLastError(lastError);
+    return asFunction(code);
+}
+
+const void* SystemCalls::leadTo(Slot& target) {
+    const void*& trampoline = resolved_[target.name];
     if (trampoline == nullptr) {
         const std::vector<unsigned char> code = trampolineCode(&target);
         if (resolvedCode_.empty() || !resolvedCode_.back().hasRoomFor(code.size())) {
@@ -234,8 +258,25 @@ FARPROC SystemCalls::resolve(HMODULE module, const char* name) {
         }
         trampoline = resolvedCode_.back().add(code);
     }
-    SetLastError(lastError);
-    return asFunction(trampoline);
+    return trampoline;
+}
+
+const void* SystemCalls::lead(const std::string& name, const void* real) {
+    Slot& target = slot(name);
+    const std::lock_guard lock(mutex_);
+    target.real = real;
+    return leadTo(target);
+}
+
+std::vector<std::string> SystemCalls::known() const {
+    const std::lock_guard lock(mutex_);
+    std::vector<std::string> names;
+    for (const auto& [name, slot] : slots_) {
+        if (slot->real != nullptr) {
+            names.push_back(name);
+        }
+    }
+    return names;
 }
 
 const void* SystemCalls::realFunction(std::string_view name) {
@@ -270,6 +311,19 @@ Replacement SystemCalls::failCall(std::string_view name, std::size_t k, DWORD la
     return place(name, std::move(behaviour));
 }
 
+Replacement SystemCalls::failCall(std::string_view name, std::size_t k, const Fault& fault,
+                                  std::size_t last) {
+    auto behaviour = std::make_shared<Behaviour>();
+    behaviour->first = k;
+    behaviour->last = last;
+    if (fault.way == Fault::Way::refused) {
+        behaviour->answer = {fault.result, fault.lastError};
+    } else {
+        behaviour->fault = fault;
+    }
+    return place(name, std::move(behaviour));
+}
+
 Replacement SystemCalls::watch(std::string_view name) {
     return place(name, std::make_shared<Behaviour>());
 }
@@ -290,6 +344,17 @@ std::size_t SystemCalls::count(std::string_view name) const {
     const std::lock_guard lock(mutex_);
     const auto found = slots_.find(name);
     return found == slots_.end() ? 0 : found->second->count - found->second->countBefore;
+}
+
+std::map<std::string, std::size_t> SystemCalls::counts() const {
+    const std::lock_guard lock(mutex_);
+    std::map<std::string, std::size_t> counted;
+    for (const auto& [name, slot] : slots_) {
+        if (slot->count != slot->countBefore) {
+            counted.emplace(name, slot->count - slot->countBefore);
+        }
+    }
+    return counted;
 }
 
 void SystemCalls::start() {

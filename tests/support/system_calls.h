@@ -43,6 +43,20 @@ struct RecordedCall {
     }
 };
 
+// How one call of a function fails.
+struct Fault {
+    enum class Way {
+        refused,  // it is not made
+        made,     // it does its work and says that it did not: what gives something back, and nothing else
+        cut,      // it is made for half of what it was asked for, and succeeds
+    };
+
+    Way way = Way::refused;
+    std::uint64_t result = 0;
+    std::optional<DWORD> lastError = {};
+    std::size_t cutArgument = 0;  // which argument says how much is asked for
+};
+
 namespace detail {
 
 struct Slot;
@@ -57,6 +71,7 @@ struct Behaviour {
     std::size_t first = 1;  // the calls that it applies to, counted from its placing
     std::size_t last = SIZE_MAX;
     std::optional<Answer> answer;  // with neither answer nor body it only looks on
+    std::optional<Fault> fault;    // made or cut: decides with whatever else is in place
     std::shared_ptr<void> body;    // a std::function of the type below
     const std::type_info* type = nullptr;
     const void* entry = nullptr;  // what the trampoline jumps to for it
@@ -109,6 +124,9 @@ public:
     // Answers only call number k, counted from now; the others are made.
     Replacement failCall(std::string_view name, std::size_t k, DWORD lastError, std::uint64_t result = 0);
 
+    // The same in any way that a call can fail, up to call number `last`.
+    Replacement failCall(std::string_view name, std::size_t k, const Fault& fault, std::size_t last);
+
     // Lets every call through and records it.
     Replacement watch(std::string_view name);
 
@@ -117,6 +135,9 @@ public:
 
     // How often the DLL called the function since the test began.
     std::size_t count(std::string_view name) const;
+
+    // The same of all functions that it called.
+    std::map<std::string, std::size_t> counts() const;
 
     // Begins counting anew.
     void start();
@@ -130,6 +151,12 @@ public:
     // Code that leads to the function's slot and through it, by default, to the real function.
     std::vector<unsigned char> trampolineFor(const std::string& name, const void* real);
 
+    // The same for code that the DLL is given while it runs: what to hand out in its place.
+    const void* lead(const std::string& name, const void* real);
+
+    // The functions that the DLL can call by now.
+    std::vector<std::string> known() const;
+
     Ledger& ledger() { return ledger_; }
 
 private:
@@ -141,7 +168,12 @@ private:
     Replacement place(std::string_view name, std::shared_ptr<detail::Behaviour> behaviour);
     const void* realFunction(std::string_view name);
     FARPROC resolve(HMODULE module, const char* name);
-    std::shared_ptr<detail::Behaviour> choose(detail::Slot& slot, const std::uint64_t* arguments);
+    struct Choice {
+        std::shared_ptr<detail::Behaviour> behaviour;
+        std::optional<Fault> fault;
+    };
+    Choice choose(detail::Slot& slot, const std::uint64_t* arguments);
+    const void* leadTo(detail::Slot& target);
 
     Ledger& ledger_;
     mutable std::mutex mutex_;
@@ -164,12 +196,17 @@ public:
     // Whether a test answers this call itself.
     bool isReplaced() const;
 
+    // What the caller is told of a call that was made: its result, or the failure that a test wants.
+    template <class R>
+    R told(R result) const;
+
     // Does what the test put in place, or else calls the real function.
     template <class R, class... Args>
     R pass(R (*)(Args...), std::type_identity_t<Args>... args) const;
 
 private:
     const detail::Behaviour* behaviour() const;
+    const std::optional<Fault>& fault() const;
     const void* realFunction() const;
     [[noreturn]] void refuse(const std::type_info& expected) const;
 
@@ -202,6 +239,17 @@ R fromWord(std::uint64_t word) {
 }
 
 }  // namespace detail
+
+template <class R>
+R InterceptedCall::told(R result) const {
+    if (!fault()) {
+        return result;
+    }
+    if (fault()->lastError) {
+        SetLastError(*fault()->lastError);
+    }
+    return detail::fromWord<R>(fault()->result);
+}
 
 template <class R, class... Args>
 R InterceptedCall::pass(R (*)(Args...), std::type_identity_t<Args>... args) const {

@@ -162,7 +162,7 @@ struct Gives<R(Args...), kind, index, success, allowsNull> {
         } else {
             if (!giving.reachesSystem()) {
                 SetLastError(errorOfCleanUp);
-                return detail::fromWord<R>(success == Success::nonZero ? 1 : 0);
+                return intercepted.told(detail::fromWord<R>(success == Success::nonZero ? 1 : 0));
             }
             const R result = passOn<R>(intercepted, args...);
             if (succeeded<success>(result)) {
@@ -171,7 +171,7 @@ struct Gives<R(Args...), kind, index, success, allowsNull> {
                 const LastErrorKeeper keeper;
                 giving.undo();
             }
-            return result;
+            return intercepted.told(result);
         }
     }
 };

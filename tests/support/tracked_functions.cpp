@@ -124,7 +124,7 @@ BOOL WINAPI revert() {
         call.ledger().drop(Kind::impersonation, GetCurrentThreadId());
         SetLastError(errorOfCleanUp);
     }
-    return done;
+    return call.told(done);
 }
 
 HRESULT WINAPI initializeCom(LPVOID reserved, DWORD model) {

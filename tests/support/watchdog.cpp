@@ -28,6 +28,9 @@ constexpr DWORD pollMilliseconds = 250;
 // Ticks of the clock at which the running test is late; 0 while none runs.
 std::atomic<Clock::rep> deadline = 0;
 
+constexpr std::size_t caseRoom = 512;
+char caseName[caseRoom] = "";
+
 std::string quoted(const std::string& text) {
     std::string attribute;
     for (const char c : text) {
@@ -42,7 +45,11 @@ std::string quoted(const std::string& text) {
 
 std::string runningTest() {
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    return test == nullptr ? "no test" : std::string(test->test_suite_name()) + "." + test->name();
+    if (test == nullptr) {
+        return "no test";
+    }
+    const std::string name = std::string(test->test_suite_name()) + "." + test->name();
+    return caseName[0] == '\0' ? name : name + " (" + caseName + ")";
 }
 
 std::string resultOf(const ::testing::TestInfo& test, const std::string& reason) {
@@ -132,6 +139,10 @@ class Limiter : public ::testing::EmptyTestEventListener {
 };
 
 }  // namespace
+
+void nameCase(const char* name) {
+    std::snprintf(caseName, sizeof(caseName), "%s", name == nullptr ? "" : name);
+}
 
 void allowTime(std::chrono::seconds limit) {
     deadline = (Clock::now() + limit).time_since_epoch().count();

@@ -11,6 +11,9 @@ constexpr std::chrono::seconds defaultTimeLimit{60};
 // To be called once, after the test framework has read its arguments.
 void installWatchdog();
 
+// What a test of many cases is at: named beside the test when it hangs or crashes. Null names nothing.
+void nameCase(const char* name);
+
 // Lets the running test take that long, counted from now.
 void allowTime(std::chrono::seconds limit);
 

@@ -21,6 +21,10 @@ std::wstring interfaceName(REFIID identifier) {
     return L"an interface that the library has no business with";
 }
 
+HRESULT WINAPI succeed() {
+    return S_OK;
+}
+
 }  // namespace
 
 Counted::Counted(FakeDirectory& directory, std::string name)
@@ -46,7 +50,7 @@ ULONG Counted::drop() {
 }
 
 FakeDirectory::FakeDirectory(SystemCalls& system, Ledger& ledger, std::wstring root)
-    : ledger_(ledger), root_(std::move(root)) {
+    : system_(system), ledger_(ledger), root_(std::move(root)) {
     replacements_.push_back(system.replace<decltype(::ADsGetObject)>(
         "ADsGetObject",
         [this](LPCWSTR path, REFIID identifier, void** result) { return bind(path, identifier, result); }));
@@ -75,7 +79,13 @@ std::size_t FakeDirectory::count(const std::string& method) const {
     return found == counts_.end() ? 0 : found->second;
 }
 
+// Each step is a call of the library as well, which can be counted and made to fail as those of the system.
 HRESULT FakeDirectory::step(const std::string& method) {
+    using Step = HRESULT WINAPI();
+    const auto* code = system_.lead("directory." + method, reinterpret_cast<const void*>(&succeed));
+    if (const HRESULT failure = reinterpret_cast<Step*>(const_cast<void*>(code))(); FAILED(failure)) {
+        return failure;
+    }
     const std::size_t number = ++counts_[method];
     if (++steps_ == failingStep_) {
         return E_ACCESSDENIED;

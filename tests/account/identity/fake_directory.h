@@ -111,6 +111,7 @@ private:
 
     HRESULT bind(const wchar_t* path, REFIID identifier, void** result);
 
+    SystemCalls& system_;
     Ledger& ledger_;
     std::wstring root_;
     std::vector<std::unique_ptr<Counted>> objects_;
