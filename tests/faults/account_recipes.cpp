@@ -1,0 +1,261 @@
+// Logons, names of accounts, groups.
+// windows.h comes first: the others build on it.
+#include <windows.h>
+
+#include <lm.h>
+#include <malloc.h>
+#include <winnetwk.h>
+
+#include "../account/identity/membership_fixture.h"
+#include "../account/scripted_provider.h"
+#include "recipe.h"
+#include "thread_token.h"
+
+namespace {
+
+using namespace testbed;
+
+constexpr char systemDecides[] = "the system says itself whether the privilege was missing";
+constexpr char processToken[] = "without a token of the thread that of the process decides";
+
+class LogonTest : public WinUtilTest {
+protected:
+    ~LogonTest() override { RevertToSelf(); }
+
+    Replacement logon_ = REPLACE(LogonUserA, [](LPCSTR, LPCSTR, LPCSTR, DWORD, DWORD, PHANDLE token) {
+        *token = impersonationToken();
+        return TRUE;
+    });
+};
+
+RECIPE(LogonTest, impersonateUser, thatLogsOn) {
+    tolerates({"LookupPrivilegeValueA", "AdjustTokenPrivileges", "OpenProcessToken"}, systemDecides);
+    mayAnswerAnythingBesideAnException();
+    examine([&] { return NATIVE(impersonateUser)(L"DOM", L"user", L"secret"); });
+    if (answered()) {
+        NATIVE(impersonateToSelf)();
+    }
+}
+
+RECIPE(LogonTest, impersonateToSelf, fromAnother) {
+    NATIVE(impersonateUser)(L"DOM", L"user", L"secret");
+    examine([&] { NATIVE(impersonateToSelf)(); });
+}
+
+// The ways of validating credentials, each of which only the one before it can spare: a handshake, a logon, a
+// connection.
+class ValidationRecipe : public RecipeOn<WinUtilTest> {
+protected:
+    void validate() {
+        examine([&] { NATIVE(validateUserNative)(L"DOM", L"user", L"secret"); });
+    }
+    // What fails here is not the last word, and the reason is that of the last.
+    void anotherWayDecides(std::initializer_list<const char*> functions) {
+        tolerates(functions, "the next way of validating decides");
+        for (const char* function : functions) {
+            raisesOtherCode(function, "the reason is that of the last way of validating");
+        }
+    }
+
+    ScriptedProvider provider{system()};
+    Replacement connection_ = system().answer("WNetUseConnectionW", ERROR_LOGON_FAILURE);
+    Replacement cancelling_ = system().answer("WNetCancelConnectionW", NO_ERROR);
+};
+
+class Recipe_validateUserNative_byAHandshake final : public ValidationRecipe {
+    void perform() override {
+        const auto logon = system().answer("LogonUserW", FALSE, ERROR_LOGON_FAILURE);
+        OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &provider.token);
+        const auto word = reinterpret_cast<std::uint64_t>(provider.token);
+        ledger().take(Kind::handle, word, "QuerySecurityContextToken", "the test");
+        for (const char* function : {"LoadLibraryA", "GetProcAddress", "QuerySecurityPackageInfoW",
+                                     "AcquireCredentialsHandleW", "InitializeSecurityContextW",
+                                     "AcceptSecurityContext", "GetVersionExA", "HeapAlloc", "LocalAlloc"}) {
+            raisesOtherCode(function, "the reason is that of the last way of validating");
+        }
+        tolerates({"GetProcAddress 3", "GetProcAddress 9"}, "a provider need not have this entry point");
+        tolerates({"QuerySecurityContextToken", "GetTokenInformation", "NetUserModalsGet", "InitializeSid"},
+                  "who cannot be shown to be the guest is none");
+        validate();
+        if (provider.count("query token") == 0) {
+            ledger().drop(Kind::handle, word);
+            CloseHandle(provider.token);
+        }
+    }
+};
+
+class Recipe_validateUserNative_byALogon final : public ValidationRecipe {
+    void perform() override {
+        provider.missing = {"AcceptSecurityContext"};
+        const auto logon = REPLACE(LogonUserW, [](LPCWSTR, LPCWSTR, LPCWSTR, DWORD, DWORD, PHANDLE token) {
+            *token = impersonationToken();
+            return TRUE;
+        });
+        anotherWayDecides({"LoadLibraryA", "GetProcAddress", "GetVersionExA"});
+        tolerates({"LookupPrivilegeValueA", "AdjustTokenPrivileges", "OpenProcessToken"}, systemDecides);
+        validate();
+    }
+};
+
+class Recipe_validateUserNative_byAConnection final : public ValidationRecipe {
+    void perform() override {
+        provider.missing = {"AcceptSecurityContext"};
+        const auto logon = system().answer("LogonUserW", FALSE, ERROR_PRIVILEGE_NOT_HELD);
+        const auto use = system().answer("WNetUseConnectionW", NO_ERROR);
+        anotherWayDecides({"LoadLibraryA", "GetProcAddress", "GetVersionExA", "LogonUserW"});
+        tolerates({"LookupPrivilegeValueA", "AdjustTokenPrivileges", "OpenProcessToken"}, systemDecides);
+        tolerates({"FormatMessageW"}, "a message without the system's words");
+        tolerates({"GetComputerNameExW"}, "a computer without a domain is in none of that name");
+        tolerates({"WNetCancelConnectionW"}, "an earlier connection that was not there");
+        validate();
+    }
+};
+[[maybe_unused]] const bool validationsAdded =
+    addRecipe<Recipe_validateUserNative_byAHandshake>("validateUserNative", "byAHandshake") &&
+    addRecipe<Recipe_validateUserNative_byALogon>("validateUserNative", "byALogon") &&
+    addRecipe<Recipe_validateUserNative_byAConnection>("validateUserNative", "byAConnection");
+
+class NetworkLogonTest : public WinUtilTest {
+protected:
+    Replacement logon_ = REPLACE(LogonUserW, [](LPCWSTR, LPCWSTR, LPCWSTR, DWORD, DWORD, PHANDLE token) {
+        *token = impersonationToken();
+        return TRUE;
+    });
+};
+
+RECIPE(NetworkLogonTest, networkAuthenticate, thatLogsOn) {
+    examine([&] { return NATIVE(networkAuthenticate)(L"DOM", L"user", L"secret"); });
+}
+
+RECIPE(WinUtilTest, getUsername, ofTheProcess) {
+    examine([&] { return NATIVE(getUsername)(); });
+}
+
+class DomainTest : public WinUtilTest {
+protected:
+    Replacement modals_ = REPLACE(NetUserModalsGet, [this](LPCWSTR, DWORD, LPBYTE* buffer) -> NET_API_STATUS {
+        info_.usrmod2_domain_name = domain_;
+        *buffer = reinterpret_cast<LPBYTE>(&info_);
+        return NERR_Success;
+    });
+    Replacement free_ = system().answer("NetApiBufferFree", NERR_Success);
+
+private:
+    wchar_t domain_[8] = L"CORP";
+    USER_MODALS_INFO_2 info_ = {};
+};
+
+RECIPE(DomainTest, getDomainName, ofADomain) {
+    tolerates({"NetUserModalsGet"}, "the computer's name stands in", Tolerance::any);
+    examine([&] { return NATIVE(getDomainName)(); });
+}
+
+RECIPE(WinUtilTest, getV6DomainName, ofTheUser) {
+    tolerates({"OpenThreadToken"}, processToken);
+    examine([&] { return NATIVE(getV6DomainName)(); });
+}
+
+RECIPE(WinUtilTest, getNetBIOSComputerName, ofTheComputer) {
+    examine([&] { return NATIVE(getNetBIOSComputerName)(); });
+}
+
+RECIPE(WinUtilTest, getSID, ofTheUser) {
+    tolerates({"OpenThreadToken"}, processToken);
+    examine([&] { return NATIVE(getSID)(); });
+}
+
+RECIPE(WinUtilTest, getSIDForUser, ofAGroup) {
+    examine([&] { return NATIVE(getSIDForUser)(nullptr, L"Administrators"); });
+}
+
+class GroupsTest : public WinUtilTest {
+protected:
+    Replacement global_ =
+        REPLACE(NetUserGetGroups, [this](LPCWSTR, LPCWSTR, DWORD, LPBYTE* buffer, DWORD, LPDWORD read,
+                                         LPDWORD total) { return give(*buffer, *read, *total); });
+    Replacement local_ = REPLACE(NetUserGetLocalGroups,
+                                 [this](LPCWSTR, LPCWSTR, DWORD, DWORD, LPBYTE* buffer, DWORD, LPDWORD read,
+                                        LPDWORD total) { return give(*buffer, *read, *total); });
+    Replacement free_ = system().answer("NetApiBufferFree", NERR_Success);
+
+private:
+    NET_API_STATUS give(LPBYTE& buffer, DWORD& read, DWORD& total) {
+        given_.push_back({names_[0], names_[1]});
+        buffer = reinterpret_cast<LPBYTE>(given_.back().data());
+        read = total = 2;
+        return NERR_Success;
+    }
+
+    wchar_t names_[2][8] = {L"Staff", L"Users"};
+    std::vector<std::vector<wchar_t*>> given_ = [] {
+        std::vector<std::vector<wchar_t*>> made;
+        made.reserve(8);
+        return made;
+    }();
+};
+
+RECIPE(GroupsTest, getDomainUserGroups, ofAUser) {
+    leavesOut({"NetUserGetGroups", "NetUserGetLocalGroups"}, "a failure adds nothing");
+    leavesOut({"GetMethodID"}, "an item for which the collector has no method is passed over");
+    const JavaObject groups = java.list();
+    examine([&] { NATIVE(getDomainUserGroups)(L"server", L"alice", groups); });
+    noteElements(groups);
+}
+
+constexpr char notEstablished[] = "a group whose membership was not established is listed";
+
+class GroupMembership : public RecipeOn<MembershipTest> {
+protected:
+    void ask(const std::vector<std::wstring>& groups) {
+        tolerates({"ADsGetObject",
+                   "ADsEnumerateNext",
+                   "directory.ADsGetObject",
+                   "directory.ExecuteSearch",
+                   "directory.GetColumn",
+                   "directory.GetNextRow",
+                   "directory.GetObjectAttributes",
+                   "directory.IsMember",
+                   "directory.Members",
+                   "directory.Next",
+                   "directory.QueryInterface",
+                   "directory.SetSearchPreference",
+                   "directory.get_ADsPath",
+                   "directory.get__NewEnum",
+                   "malloc",
+                   "realloc",
+                   "HeapAlloc",
+                   "SysAllocString",
+                   "GetUserNameW",
+                   "GetComputerNameExW",
+                   "GetStringChars"},
+                  notEstablished, Tolerance::any);
+        names.clear();
+        for (const std::wstring& name : groups) {
+            names.push_back(java.string(name));
+        }
+        examine([&] { return std::wstring(NATIVE(isMemberOf)(list) ? L"a list" : L"null"); });
+        for (const JavaObject& name : added) {
+            note(name.text());
+        }
+    }
+};
+
+class Recipe_isMemberOf_aGroup final : public GroupMembership {
+    void perform() override {
+        addGroup(L"Staff", {alice});
+        ask({L"Staff"});
+    }
+};
+class Recipe_isMemberOf_nestedGroups final : public GroupMembership {
+    void perform() override {
+        addGroup(L"Inner", {alice});
+        addGroup(L"Outer", {L"LDAP://nothing", group(L"Inner")});
+        addGroup(L"Other", {});
+        ask({L"Outer", L"Other"});
+    }
+};
+[[maybe_unused]] const bool membershipsAdded =
+    addRecipe<Recipe_isMemberOf_aGroup>("isMemberOf", "aGroup") &&
+    addRecipe<Recipe_isMemberOf_nestedGroups>("isMemberOf", "nestedGroups");
+
+}  // namespace

@@ -1,0 +1,11 @@
+#include <gmock/gmock.h>
+
+#include "matrix.h"
+#include "watchdog.h"
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleMock(&argc, argv);
+    testbed::installWatchdog();
+    testbed::registerRecipes();
+    return RUN_ALL_TESTS();
+}
