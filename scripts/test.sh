@@ -10,6 +10,6 @@ rm -rf "$results"
 scripts/build.sh || exit 1
 ctest --preset mingw-release --no-tests=error
 tests=$?
-tail -qn 1 "$results"/refused_memory.txt 2>/dev/null
+tail -qn 1 "$results"/refused_memory.txt "$results"/faults.txt 2>/dev/null
 # What CTest alone saw fail (a crash, a time limit) counts even where no test reported it.
 python3 scripts/tally.py --gate "every test program ended well=$tests" "$results"

@@ -144,28 +144,6 @@ TEST_F(EventLog, RaisesNothing) {
     EXPECT_FALSE(java.isPending());
 }
 
-class EventWithoutMemory : public EventLog, public ::testing::WithParamInterface<std::size_t> {};
-
-TEST_P(EventWithoutMemory, IsNotWritten) {
-    const auto allocate = system().failCall("malloc", GetParam(), ERROR_NOT_ENOUGH_MEMORY);
-
-    write(1);
-
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
-    EXPECT_THAT(events, IsEmpty());
-}
-
-TEST_P(EventWithoutMemory, OfJavaIsNotWrittenEither) {
-    java.failCall("GetStringChars", GetParam());
-
-    write(1);
-
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
-    EXPECT_THAT(events, IsEmpty());
-}
-
-INSTANTIATE_TEST_SUITE_P(ForOneText, EventWithoutMemory, ::testing::Values(1, 2));
-
 using RealEventLog = WinUtilTest;
 
 TEST_F(RealEventLog, TakesAnEntry) {

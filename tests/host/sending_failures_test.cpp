@@ -148,27 +148,4 @@ TEST_F(ScriptedSending, ReadsNothingWhenItCannotWrite) {
     EXPECT_EQ(pipe.calls.back(), "CloseHandle");
 }
 
-class SendingWithoutMemory : public ScriptedSending, public ::testing::WithParamInterface<std::size_t> {};
-
-TEST_P(SendingWithoutMemory, SendsNothing) {
-    const auto allocate = system().failCall("malloc", GetParam(), ERROR_NOT_ENOUGH_MEMORY);
-    pipe.reads = {{.bytes = no}};
-
-    EXPECT_EQ(send(L"x"), 0);
-
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
-    EXPECT_THAT(pipe.calls, IsEmpty());
-}
-
-TEST_P(SendingWithoutMemory, OfJavaSendsNothingEither) {
-    java.failCall("GetStringChars", GetParam());
-
-    EXPECT_EQ(send(L"x"), 0);
-
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
-    EXPECT_THAT(pipe.calls, IsEmpty());
-}
-
-INSTANTIATE_TEST_SUITE_P(ForOneText, SendingWithoutMemory, ::testing::Values(1, 2));
-
 }  // namespace

@@ -107,19 +107,6 @@ TEST_F(RegistryHives, FailForAnUnknownRoot) {
     EXPECT_EQ(system().count("RegLoadKeyW") + system().count("RegUnLoadKeyW"), 0U);
 }
 
-TEST_F(RegistryHives, FailWithoutMemory) {
-    const Replacement loading = system().watch("RegLoadKeyW");
-    for (const std::size_t k : {1, 2, 3}) {
-        const Replacement failing = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
-        EXPECT_FALSE(NATIVE(loadRegistry)(L"HKEY_USERS", hiveName, L"C:\\hive"));
-    }
-    for (const std::size_t k : {1, 2}) {
-        const Replacement failing = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
-        EXPECT_FALSE(NATIVE(unloadRegistry)(L"HKEY_USERS", hiveName));
-    }
-    EXPECT_EQ(loading.count(), 0U);
-}
-
 }  // namespace
 
 }  // namespace testbed

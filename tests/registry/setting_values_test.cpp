@@ -296,13 +296,6 @@ TEST_F(SettingRegistryValues, FailsWhereAStepFails) {
     EXPECT_EQ(stored(L"value"), std::nullopt);
 }
 
-TEST_F(SettingRegistryValues, FailsWithoutMemory) {
-    for (const auto& [name, write] : wide) {
-        const Replacement failing = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
-        EXPECT_FALSE(write(pathOf(L"value"))) << name;
-    }
-}
-
 TEST_F(SettingRegistryValues, FailsWhereTheJvmHasNoMemory) {
     for (const auto& [name, write] : all) {
         for (const char* function : {"GetStringUTFChars", "GetStringChars", "GetByteArrayElements"}) {
@@ -353,13 +346,6 @@ TEST_F(MakingRegistryKeys, FailsForAnUnknownRoot) {
 TEST_F(MakingRegistryKeys, FailsWhereTheSystemRefuses) {
     const Replacement failing = system().answer("RegCreateKeyExW", ERROR_ACCESS_DENIED);
     EXPECT_FALSE(NATIVE(makeNewRegistryKey)(L"HKEY_CURRENT_USER", keyPath() + L"\\one"));
-}
-
-TEST_F(MakingRegistryKeys, FailsWithoutMemory) {
-    for (const std::size_t k : {1, 2}) {
-        const Replacement failing = system().failCall("malloc", k, ERROR_NOT_ENOUGH_MEMORY);
-        EXPECT_FALSE(NATIVE(makeNewRegistryKey)(L"HKEY_CURRENT_USER", keyPath() + L"\\one"));
-    }
 }
 
 }  // namespace

@@ -107,16 +107,6 @@ TEST_F(LibraryFolders, EndWhenTheJvmHasNoMemory) {
     EXPECT_EQ(count("release second"), 0) << "not asked for";
 }
 
-TEST_F(LibraryFolders, AreNotLookedForWithoutMemoryForThePath) {
-    enumeration.items = {&first};
-    const auto memory = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
-
-    EXPECT_EQ(list(), Paths{});
-
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
-    EXPECT_EQ(events, Events{});
-}
-
 TEST_F(LibraryFolders, KeepTheReferencesFlat) {
     enumeration.items.assign(2000, &first);
 

@@ -158,15 +158,6 @@ TEST_F(LibraryIcon, IsNoneWhenAStepOfTheDrawingFails) {
     EXPECT_EQ(events.empty() ? "" : events.back(), "uninitialize");
 }
 
-TEST_F(LibraryIcon, IsNotLookedForWithoutMemoryForThePath) {
-    const auto memory = system().failCall("malloc", 1, ERROR_NOT_ENOUGH_MEMORY);
-
-    EXPECT_EQ(get(), nullptr);
-
-    EXPECT_EQ(java.takeException().className, "java/lang/OutOfMemoryError");
-    EXPECT_EQ(events, Events{});
-}
-
 TEST_F(LibraryIcon, ReadsABitmapThatIsNoLongerSelected) {
     const auto pattern = system().watch("PatBlt");
     const auto select = system().watch("SelectObject");
