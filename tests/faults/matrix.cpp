@@ -85,6 +85,14 @@ bool isWanted(const std::vector<PlannedFault>& faults, bool orFollowers) {
            (faults.size() == 1 && name.starts_with(wanted + " "));
 }
 
+std::string joined(const std::set<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text;
+}
+
 void collect(const ::testing::TestPartResultArray& results, Run& run) {
     for (int i = 0; i < results.size(); ++i) {
         std::string message = results.GetTestPartResult(i).message();
@@ -214,14 +222,14 @@ void FaultMatrix::judgeFollowers(const Recipe& recipe, const Run& plain, const P
 }
 
 void FaultMatrix::keepRemarks(const Recipe& recipe, const Promises& promises) {
-    for (const Promises::Tolerated& each : promises.tolerated) {
-        remarks_["tolerated, " + each.function + ": " + each.reason].insert(recipe.method);
-    }
-    const auto keep = [&](const char* kind, const std::vector<Promises::Remark>& remarks) {
-        for (const Promises::Remark& each : remarks) {
-            remarks_[kind + (", " + each.function) + ": " + each.reason].insert(recipe.method);
+    const auto keep = [&](const char* kind, const auto& remarks) {
+        for (const auto& each : remarks) {
+            Remark& remark = remarks_[kind + (": " + each.reason)];
+            remark.functions.insert(each.function);
+            remark.methods.insert(recipe.method);
         }
     };
+    keep("tolerated", promises.tolerated);
     keep("required leak", promises.leaks);
     keep("wait", promises.waits);
     keep("other code", promises.otherCodes);
@@ -267,12 +275,8 @@ void FaultMatrix::report() const {
         file << line << "\n";
         std::cout << line << "\n";
     };
-    for (const auto& [remark, methods] : remarks_) {
-        std::string line = remark + " (";
-        for (const std::string& method : methods) {
-            line += (line.ends_with('(') ? "" : ", ") + method;
-        }
-        both(line + ")");
+    for (const auto& [reason, remark] : remarks_) {
+        both(reason + " (" + joined(remark.functions) + "; " + joined(remark.methods) + ")");
     }
     for (const std::string& text : violations_) {
         both("violation: " + text);

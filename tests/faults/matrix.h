@@ -47,8 +47,13 @@ private:
     std::size_t pairs_ = 0;
     std::vector<std::string> violations_;
     std::vector<std::string> lines_;  // one for each recipe
-    // What is tolerated, leaked or waited for: the remark, and the methods that make it.
-    std::map<std::string, std::set<std::string>> remarks_;
+    // What is tolerated, leaked or waited for: the reason, with the functions that it is about and the
+    // methods that give it.
+    struct Remark {
+        std::set<std::string> functions;
+        std::set<std::string> methods;
+    };
+    std::map<std::string, Remark> remarks_;
     std::set<std::string> called_;
 };
 
