@@ -62,15 +62,17 @@ protected:
     Replacement cancelling_ = system().answer("WNetCancelConnectionW", NO_ERROR);
 };
 
-class Recipe_validateUserNative_byAHandshake final : public ValidationRecipe {
-    void perform() override {
+class HandshakeRecipe : public ValidationRecipe {
+protected:
+    void shakeHands() {
         const auto logon = system().answer("LogonUserW", FALSE, ERROR_LOGON_FAILURE);
         OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &provider.token);
         const auto word = reinterpret_cast<std::uint64_t>(provider.token);
         ledger().take(Kind::handle, word, "QuerySecurityContextToken", "the test");
-        for (const char* function : {"LoadLibraryA", "GetProcAddress", "QuerySecurityPackageInfoW",
-                                     "AcquireCredentialsHandleW", "InitializeSecurityContextW",
-                                     "AcceptSecurityContext", "GetVersionExA", "HeapAlloc", "LocalAlloc"}) {
+        for (const char* function :
+             {"LoadLibraryA", "GetProcAddress", "QuerySecurityPackageInfoW", "AcquireCredentialsHandleW",
+              "InitializeSecurityContextW", "AcceptSecurityContext", "GetVersionExA", "HeapAlloc",
+              "LocalAlloc", "CompleteAuthToken"}) {
             raisesOtherCode(function, "the reason is that of the last way of validating");
         }
         tolerates({"GetProcAddress 3", "GetProcAddress 9"}, "a provider need not have this entry point");
@@ -81,6 +83,16 @@ class Recipe_validateUserNative_byAHandshake final : public ValidationRecipe {
             ledger().drop(Kind::handle, word);
             CloseHandle(provider.token);
         }
+    }
+};
+
+class Recipe_validateUserNative_byAHandshake final : public HandshakeRecipe {
+    void perform() override { shakeHands(); }
+};
+class Recipe_validateUserNative_byACompletedHandshake final : public HandshakeRecipe {
+    void perform() override {
+        provider.statuses["client"] = {SEC_I_COMPLETE_AND_CONTINUE, SEC_I_COMPLETE_NEEDED};
+        shakeHands();
     }
 };
 
@@ -112,6 +124,8 @@ class Recipe_validateUserNative_byAConnection final : public ValidationRecipe {
 };
 [[maybe_unused]] const bool validationsAdded =
     addRecipe<Recipe_validateUserNative_byAHandshake>("validateUserNative", "byAHandshake") &&
+    addRecipe<Recipe_validateUserNative_byACompletedHandshake>("validateUserNative",
+                                                               "byACompletedHandshake") &&
     addRecipe<Recipe_validateUserNative_byALogon>("validateUserNative", "byALogon") &&
     addRecipe<Recipe_validateUserNative_byAConnection>("validateUserNative", "byAConnection");
 

@@ -182,6 +182,31 @@ RECIPE(OneFile, setFileAttrWithSecurityDescriptor, withOwnerAndGroup) {
         [&] { return NATIVE(setFileAttrWithSecurityDescriptor)(path, 7, L"O:WDG:WDD:(A;;FA;;;WD)", -1); });
 }
 
+RECIPE(OneFile, setFileAttrWithSecurityDescriptor, throughAHandle) {
+    const auto refused = system().answer("SetFileSecurityW", FALSE, ERROR_ACCESS_DENIED);
+    const auto set = system().answer("SetSecurityInfo", ERROR_SUCCESS);
+    tolerates({"SetFileSecurityW"}, "the second way of setting it decides");
+    tolerates({"GetFileAttributesExW"}, formOfPath);
+    tolerates({"GetSecurityDescriptorOwner", "GetSecurityDescriptorGroup", "GetSecurityDescriptorDacl"},
+              "a part of the descriptor that cannot be read is set as none");
+    examine(
+        [&] { return NATIVE(setFileAttrWithSecurityDescriptor)(path, 7, L"O:WDG:WDD:(A;;FA;;;WD)", -1); });
+}
+
+RECIPE(OneFile, setFileAttr, encrypted) {
+    const auto encrypt = system().answer("EncryptFileW", TRUE);
+    tolerates({"GetFileAttributesExW"}, formOfPath);
+    tolerates({"SetFileAttributesW"}, "that the attributes could not be set is not reported");
+    examine([&] { NATIVE(setFileAttr)(path, FILE_ATTRIBUTE_ENCRYPTED); });
+}
+
+RECIPE(OneFile, setFileAttr, compressed) {
+    const auto compress = system().answer("DeviceIoControl", TRUE);
+    tolerates({"GetFileAttributesExW"}, formOfPath);
+    tolerates({"SetFileAttributesW"}, "that the attributes could not be set is not reported");
+    examine([&] { NATIVE(setFileAttr)(path, FILE_ATTRIBUTE_COMPRESSED); });
+}
+
 RECIPE(OneFile, setFileACL, ofAFile) {
     examine([&] { NATIVE(setFileACL)(path, L"Everyone", 1, 1); });
 }

@@ -62,6 +62,14 @@ WMI_RECIPE(getMemoryInfo, ofOneModule) {
     examine([&] { NATIVE(getMemoryInfo)(collector); });
 }
 
+WMI_RECIPE(getMemoryInfo, withASpeedAsText) {
+    found({{L"DeviceLocator", text(L"DIMM 0")}, {L"Speed", text(L"3200")}, {L"Capacity", text(L"1")}});
+    toleratesWhatWmiMisses();
+    tolerates({"VariantChangeType"}, "a property that is no number is none", Tolerance::any);
+    const JavaObject collector = noting("addMemoryInfo", "(Ljava/lang/String;IJ)V");
+    examine([&] { NATIVE(getMemoryInfo)(collector); });
+}
+
 WMI_RECIPE(getWindowsInstalledFeatures, ofAServer) {
     found({{L"ID", number(1)}, {L"ParentID", number(2)}, {L"Name", text(L"Backup")}});
     toleratesWhatWmiMisses();
