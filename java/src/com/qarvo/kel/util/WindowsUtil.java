@@ -790,17 +790,8 @@ public class WindowsUtil {
     // Registry tree listing
 
     /**
-     * Lists one registry key: hands its direct subkeys, then its values, to a collector with these methods, each of
-     * which may be left out. The first three arguments are always the root name and key path as given, and the name of
-     * the item.
-     *
-     * <pre>
-     * void addNode(String root, String key, String name)                             // a subkey
-     * void addStringNode(String root, String key, String name, String value)         // REG_SZ, REG_EXPAND_SZ
-     * void addDwordNode(String root, String key, String name, long value)            // REG_DWORD, 0 to 4294967295
-     * void addByteNode(String root, String key, String name, byte[] value)           // REG_BINARY, type 9
-     * void addMultiStringNode(String root, String key, String name, String[] value)  // REG_MULTI_SZ
-     * </pre>
+     * Lists one registry key: hands its direct subkeys, then its values, to a {@link RegistryCollector} or an object
+     * with methods of those names and signatures, each of which may be left out.
      *
      * <p>Text with variables in it comes unexpanded. A list of strings ends at its first empty one. Texts, and strings
      * in lists, are cut at 16383 characters, names of REG_SZ values at 255. Type 9 is REG_FULL_RESOURCE_DESCRIPTOR.
@@ -1213,12 +1204,10 @@ public class WindowsUtil {
     // Physical disk serial numbers
 
     /**
-     * Reports every physical disk whose serial number can be had, from WMI or from the disk itself, to a collector with
-     * the method {@code void addDiskInfo(String device, String serialNumber, boolean systemDisk)}. The device is of the
-     * form {@code \\.\PHYSICALDRIVE0}, the serial number as the disk gives it, blanks around it included, and the
-     * system disk the one with the Windows folder.
+     * Reports every physical disk whose serial number can be had, from WMI or from the disk itself.
      *
-     * @param collector takes the disks; those delivered before a failure stay delivered
+     * @param collector takes the disks: a {@link DiskCollector}, or an object with a method of that name and signature;
+     *        those delivered before a failure stay delivered
      * @throws IOException when WMI fails
      */
     public native void getHardDiskSN(Object collector) throws IOException;
@@ -1364,19 +1353,11 @@ public class WindowsUtil {
     public native void removeNetUsed(String name) throws IOException;
 
     /**
-     * Reports the current network connections, containers with what is in them, to a collector with the method
+     * Reports the current network connections, containers with what is in them. Names end after 1024 characters. The
+     * call goes on for as long as the system's enumeration fails.
      *
-     * <pre>
-     * void addEntry(String scope, String type, String displayType, String usage, String localName,
-     *         String remoteName, String provider)
-     * </pre>
-     *
-     * <p>Scope, type and display type are words such as {@code connected}, {@code disk} and {@code share}, or
-     * {@code unknown} and a number; usage is made of {@code " connectable"} and {@code " container"}, each with its
-     * leading blank; what is missing is empty, and names end after 1024 characters. The call goes on for as long as
-     * the system's enumeration fails.
-     *
-     * @param collector takes the connections
+     * @param collector takes the connections: a {@link NetworkCollector}, or an object with a method of that name and
+     *        signature
      * @return true when the connections could be listed
      */
     public native boolean getNetUsed(Object collector);
@@ -1417,26 +1398,19 @@ public class WindowsUtil {
     public native String getSystemModel() throws IOException;
 
     /**
-     * Reports every processor to a collector with the method
+     * Reports every processor.
      *
-     * <pre>
-     * void addCpuInfo(String deviceId, String manufacturer, String name, String architecture, long megahertz,
-     *         String description, int cores, int logicalProcessors)
-     * </pre>
-     *
-     * <p>where the architecture is {@code x86}, {@code x64}, {@code Unknown} and the like. What WMI does not know is
-     * empty or 0.
-     *
-     * @param collector takes the processors
+     * @param collector takes the processors: a {@link ProcessorCollector}, or an object with a method of that name and
+     *        signature
      * @throws IOException when WMI fails
      */
     public native void getProcessorInfo(Object collector) throws IOException;
 
     /**
-     * Reports every memory module to a collector with the method
-     * {@code void addMemoryInfo(String slot, int megahertz, long bytes)}. What WMI does not know is empty or 0.
+     * Reports every memory module.
      *
-     * @param collector takes the modules
+     * @param collector takes the modules: a {@link MemoryCollector}, or an object with a method of that name and
+     *        signature
      * @throws IOException when WMI fails
      */
     public native void getMemoryInfo(Object collector) throws IOException;

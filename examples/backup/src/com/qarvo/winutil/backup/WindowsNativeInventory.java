@@ -1,5 +1,8 @@
 package com.qarvo.winutil.backup;
 
+import com.qarvo.kel.util.DiskCollector;
+import com.qarvo.kel.util.MemoryCollector;
+import com.qarvo.kel.util.ProcessorCollector;
 import com.qarvo.kel.util.WindowsUtil;
 import java.io.IOException;
 import java.nio.file.Files;
@@ -13,27 +16,6 @@ import java.util.function.Consumer;
 /** The computer as the native methods of {@link WindowsUtil} describe it. */
 final class WindowsNativeInventory implements NativeInventory {
     private final WindowsUtil util = new WindowsUtil();
-
-    /** Collectors, whose one method the library finds by its name and signature. */
-    private record ProcessorCollector(Consumer<Processor> found) {
-        void addCpuInfo(String deviceId, String manufacturer, String name, String architecture, long megahertz,
-                String description, int cores, int logicalProcessors) {
-            found.accept(new Processor(deviceId, manufacturer, name, architecture, megahertz, description, cores,
-                    logicalProcessors));
-        }
-    }
-
-    private record MemoryCollector(Consumer<MemoryModule> found) {
-        void addMemoryInfo(String slot, int megahertz, long bytes) {
-            found.accept(new MemoryModule(slot, megahertz, bytes));
-        }
-    }
-
-    private record DiskCollector(Consumer<Disk> found) {
-        void addDiskInfo(String device, String serialNumber, boolean systemDisk) {
-            found.accept(new Disk(device, serialNumber, systemDisk));
-        }
-    }
 
     @Override
     public String hostName() {
@@ -57,17 +39,23 @@ final class WindowsNativeInventory implements NativeInventory {
 
     @Override
     public void processors(Consumer<Processor> found) throws IOException {
-        util.getProcessorInfo(new ProcessorCollector(found));
+        ProcessorCollector collector = (deviceId, manufacturer, name, architecture, megahertz, description, cores,
+                logicalProcessors) -> found.accept(new Processor(deviceId, manufacturer, name, architecture, megahertz,
+                        description, cores, logicalProcessors));
+        util.getProcessorInfo(collector);
     }
 
     @Override
     public void memoryModules(Consumer<MemoryModule> found) throws IOException {
-        util.getMemoryInfo(new MemoryCollector(found));
+        MemoryCollector collector = (slot, megahertz, bytes) -> found.accept(new MemoryModule(slot, megahertz, bytes));
+        util.getMemoryInfo(collector);
     }
 
     @Override
     public void disks(Consumer<Disk> found) throws IOException {
-        util.getHardDiskSN(new DiskCollector(found));
+        DiskCollector collector = (device, serialNumber, systemDisk) ->
+                found.accept(new Disk(device, serialNumber, systemDisk));
+        util.getHardDiskSN(collector);
     }
 
     @Override

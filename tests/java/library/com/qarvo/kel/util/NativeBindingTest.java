@@ -19,6 +19,9 @@ import org.junit.jupiter.params.provider.CsvSource;
 
 /** What the DLL looks up by name and signature; neither compiler would notice a difference. */
 class NativeBindingTest {
+    private static final String TEXT = "Ljava/lang/String;";
+    private static final String FOUR_TEXTS = TEXT + TEXT + TEXT + TEXT;
+
     @Test
     void allNativesArePublicInstanceMethods() {
         List<Method> natives = natives();
@@ -62,6 +65,15 @@ class NativeBindingTest {
     @CsvSource(delimiter = ' ', value = {
         "com.qarvo.kel.util.WinFileList addFile (Ljava/lang/String;ZJJILjava/lang/String;Z)V",
         "com.qarvo.kel.util.FileErrorListener fireFileErrorEvent (Ljava/lang/String;Ljava/lang/String;)V",
+        "com.qarvo.kel.util.DiskCollector addDiskInfo (" + TEXT + TEXT + "Z)V",
+        "com.qarvo.kel.util.MemoryCollector addMemoryInfo (" + TEXT + "IJ)V",
+        "com.qarvo.kel.util.NetworkCollector addEntry (" + FOUR_TEXTS + TEXT + TEXT + TEXT + ")V",
+        "com.qarvo.kel.util.ProcessorCollector addCpuInfo (" + FOUR_TEXTS + "J" + TEXT + "II)V",
+        "com.qarvo.kel.util.RegistryCollector addNode (" + TEXT + TEXT + TEXT + ")V",
+        "com.qarvo.kel.util.RegistryCollector addStringNode (" + FOUR_TEXTS + ")V",
+        "com.qarvo.kel.util.RegistryCollector addDwordNode (" + TEXT + TEXT + TEXT + "J)V",
+        "com.qarvo.kel.util.RegistryCollector addByteNode (" + TEXT + TEXT + TEXT + "[B)V",
+        "com.qarvo.kel.util.RegistryCollector addMultiStringNode (" + TEXT + TEXT + TEXT + "[" + TEXT + ")V",
     })
     void theCallbackIsThere(String className, String name, String signature) throws Exception {
         Method method = Class.forName(className).getDeclaredMethod(name, parameters(signature));

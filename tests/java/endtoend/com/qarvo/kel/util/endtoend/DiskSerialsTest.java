@@ -2,6 +2,7 @@ package com.qarvo.kel.util.endtoend;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 
+import com.qarvo.kel.util.DiskCollector;
 import com.sun.jna.platform.win32.COM.WbemcliUtil;
 import com.sun.jna.platform.win32.Ole32;
 import java.io.IOException;
@@ -19,9 +20,10 @@ class DiskSerialsTest extends EndToEnd {
         DeviceID, SerialNumber
     }
 
-    public static final class Collector {
+    public static final class Collector implements DiskCollector {
         final List<String> disks = new ArrayList<>();
 
+        @Override
         public void addDiskInfo(String device, String serialNumber, boolean systemDisk) {
             disks.add(device + "=" + serialNumber);
         }

@@ -6,6 +6,8 @@ import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrowsExactly;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.qarvo.kel.util.MemoryCollector;
+import com.qarvo.kel.util.ProcessorCollector;
 import com.sun.jna.platform.win32.COM.COMUtils;
 import com.sun.jna.platform.win32.COM.WbemcliUtil;
 import com.sun.jna.platform.win32.Ole32;
@@ -38,17 +40,17 @@ class InventoryTest extends EndToEnd {
     }
 
     /** Takes what the natives report. */
-    public static class Collector {
+    public static class Collector implements ProcessorCollector, MemoryCollector {
         final List<Object> items = new ArrayList<>();
 
-        /** Called by the native. */
+        @Override
         public void addCpuInfo(String deviceId, String manufacturer, String name, String architecture, long megahertz,
                 String description, int cores, int logicalProcessors) {
             items.add(new Cpu(deviceId, manufacturer, name, architecture, megahertz, description, cores,
                     logicalProcessors));
         }
 
-        /** Called by the native. */
+        @Override
         public void addMemoryInfo(String slot, int megahertz, long bytes) {
             items.add(new Module(slot, megahertz, bytes));
         }

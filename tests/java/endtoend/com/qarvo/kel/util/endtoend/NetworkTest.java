@@ -2,6 +2,7 @@ package com.qarvo.kel.util.endtoend;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 
+import com.qarvo.kel.util.NetworkCollector;
 import com.sun.jna.Native;
 import com.sun.jna.NativeLibrary;
 import com.sun.jna.WString;
@@ -22,9 +23,10 @@ class NetworkTest extends EndToEnd {
     private static final int MODEM_LAN_OR_PROXY = 7;
 
     /** Keeps what it is handed. */
-    public static final class Connections {
+    public static final class Connections implements NetworkCollector {
         final List<String> remoteNames = new ArrayList<>();
 
+        @Override
         public void addEntry(String scope, String type, String displayType, String usage, String localName,
                 String remoteName, String provider) {
             remoteNames.add(remoteName);

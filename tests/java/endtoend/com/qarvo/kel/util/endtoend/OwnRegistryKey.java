@@ -2,6 +2,7 @@ package com.qarvo.kel.util.endtoend;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 
+import com.qarvo.kel.util.RegistryCollector;
 import com.sun.jna.platform.win32.Advapi32;
 import com.sun.jna.platform.win32.Advapi32Util;
 import com.sun.jna.platform.win32.WinNT;
@@ -78,25 +79,30 @@ abstract class OwnRegistryKey extends EndToEnd {
     }
 
     /** Collects a listing as texts: the method, the item's name, and its value. */
-    public static class Collector {
+    public static class Collector implements RegistryCollector {
         final List<String> items = new ArrayList<>();
 
+        @Override
         public void addNode(String root, String path, String name) {
             items.add("key " + name);
         }
 
+        @Override
         public void addStringNode(String root, String path, String name, String value) {
             items.add("text " + name + "=" + value);
         }
 
+        @Override
         public void addDwordNode(String root, String path, String name, long value) {
             items.add("number " + name + "=" + value);
         }
 
+        @Override
         public void addByteNode(String root, String path, String name, byte[] value) {
             items.add("bytes " + name + "=" + java.util.HexFormat.of().formatHex(value));
         }
 
+        @Override
         public void addMultiStringNode(String root, String path, String name, String[] value) {
             items.add("list " + name + "=" + List.of(value));
         }

@@ -5,6 +5,7 @@ import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrowsExactly;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.qarvo.kel.util.RegistryCollector;
 import com.sun.jna.platform.win32.Advapi32Util;
 import com.sun.jna.platform.win32.WinNT;
 import com.sun.jna.platform.win32.WinReg;
@@ -130,5 +131,23 @@ class RegistryListingTest extends OwnRegistryKey {
         util.listRegistry(onlyKeys, ROOT, key);
         util.listRegistry("no collector at all", ROOT, key);
         assertEquals(List.of("subkey"), names);
+    }
+
+    @Test
+    void whatACollectorDoesNotOverrideIsPassedOver() {
+        Advapi32Util.registryCreateKey(USER, key, "subkey");
+        Advapi32Util.registrySetIntValue(USER, key, "a", 1);
+        Advapi32Util.registrySetBinaryValue(USER, key, "b", new byte[] {2});
+        Advapi32Util.registrySetStringArray(USER, key, "c", new String[] {"3"});
+        Advapi32Util.registrySetStringValue(USER, key, "d", "4");
+        List<String> texts = new ArrayList<>();
+        RegistryCollector onlyTexts = new RegistryCollector() {
+            @Override
+            public void addStringNode(String root, String path, String name, String value) {
+                texts.add(name + "=" + value);
+            }
+        };
+        util.listRegistry(onlyTexts, ROOT, key);
+        assertEquals(List.of("d=4"), texts);
     }
 }
