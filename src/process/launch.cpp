@@ -114,25 +114,29 @@ bool makePrimaryToken(HANDLE token, HANDLE* primary) noexcept {
            FALSE;
 }
 
-// Lets the write ends be inherited for the length of a scope, and no other launch start its child.
+// Lets the write ends be inherited for the length of a scope, and no other launch start its child. False,
+// with the last error, where one of them cannot be: a child would run without that stream.
 class InheritableWriteEnds {
 public:
-    explicit InheritableWriteEnds(const OutputPipes& pipes) noexcept : lock_(startLock), pipes_(pipes) {
-        set(true);
-    }
+    explicit InheritableWriteEnds(const OutputPipes& pipes) noexcept
+        : lock_(startLock),
+          pipes_(pipes),
+          complete_(setInheritable(pipes.output.writeEnd, true) &&
+                    setInheritable(pipes.error.writeEnd, true)) {}
     InheritableWriteEnds(const InheritableWriteEnds&) = delete;
     InheritableWriteEnds& operator=(const InheritableWriteEnds&) = delete;
-    ~InheritableWriteEnds() { set(false); }
-
-private:
-    // Where it fails the launch goes on: what it comes to shows in the child's streams.
-    void set(bool inheritable) const noexcept {
-        setInheritable(pipes_.output.writeEnd, inheritable);
-        setInheritable(pipes_.error.writeEnd, inheritable);
+    // Where it fails the child has started, and the ends are closed soon.
+    ~InheritableWriteEnds() {
+        setInheritable(pipes_.output.writeEnd, false);
+        setInheritable(pipes_.error.writeEnd, false);
     }
 
+    explicit operator bool() const noexcept { return complete_; }
+
+private:
     const ExclusiveLock lock_;
     const OutputPipes& pipes_;
+    const bool complete_;
 };
 
 // Starts the child with the write ends as its output. Returns false, with the reason in `code`, when that
@@ -151,11 +155,12 @@ bool startChild(HANDLE token, const ProgramTexts& program, void* environment, co
     startup.hStdOutput = pipes.output.writeEnd.get();
     startup.hStdError = pipes.error.writeEnd.get();
     const InheritableWriteEnds inheritable(pipes);
-    const BOOL started = CreateProcessAsUserW(token, program.application, program.commandLine, nullptr,
-                                              nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT, environment,
-                                              program.workingDirectory, &startup, &child);
+    const bool started =
+        inheritable && CreateProcessAsUserW(token, program.application, program.commandLine, nullptr, nullptr,
+                                            TRUE, CREATE_UNICODE_ENVIRONMENT, environment,
+                                            program.workingDirectory, &startup, &child);
     code = GetLastError();
-    return started != FALSE;
+    return started;
 }
 
 bool startFailed(const wchar_t* tag, DWORD code, const ProgramTexts& program,

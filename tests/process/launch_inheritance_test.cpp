@@ -14,6 +14,7 @@ namespace {
 
 using namespace testbed;
 using namespace std::chrono_literals;
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
@@ -129,9 +130,10 @@ TEST_P(LaunchInheritance, EndsAlsoWhenTheStartFailsAndLeavesTheReasonAsItWas) {
     EXPECT_THAT(toUtf8(java.takeException().message), HasSubstr("  (193) "));
 }
 
-// The third and the fourth of all eight switches are for the read ends.
-TEST_P(LaunchInheritance, GoesOnWhereAWriteEndCannotBeSwitched) {
-    static constexpr std::size_t switches[] = {1, 2, 5, 6, 7, 8};
+// Of all eight switches the third and the fourth are for the read ends, and the fifth and the sixth give the
+// write ends to the child.
+TEST_P(LaunchInheritance, GoesOnWhereAWriteEndStaysInheritable) {
+    static constexpr std::size_t switches[] = {1, 2, 7, 8};
     for (const std::size_t k : switches) {
         outputRead = outputWrite = errorRead = errorWrite = nullptr;
         const auto failing = system().failCall("SetHandleInformation", k, ERROR_ACCESS_DENIED);
@@ -142,6 +144,22 @@ TEST_P(LaunchInheritance, GoesOnWhereAWriteEndCannotBeSwitched) {
         EXPECT_EQ(failing.count(), 8u) << k;
         release(made);
         expectLeftThread();
+    }
+}
+
+TEST_P(LaunchInheritance, StartsNoChildThatWouldMissAStream) {
+    static constexpr std::size_t switches[] = {5, 6};
+    for (const std::size_t k : switches) {
+        outputRead = outputWrite = errorRead = errorWrite = nullptr;
+        expectFailedLaunch();
+        const auto failing = system().failCall("SetHandleInformation", k, ERROR_ACCESS_DENIED);
+        const auto start = system().watch("CreateProcessAsUserW");
+
+        EXPECT_FALSE(launch()) << k;
+
+        EXPECT_EQ(start.count(), 0u) << k;
+        EXPECT_THAT(toUtf8(java.takeException().message),
+                    AllOf(HasSubstr("Failed to CreateProcessAsUserW"), HasSubstr("  (5) ")));
     }
 }
 
