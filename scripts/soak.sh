@@ -16,8 +16,8 @@ docs=${SOAK_DOCS:-docs}
 cmake --preset mingw-release "${toolbox[@]}" -B "$build" >/dev/null
 cmake --build "$build" --target WinUtil64 endtoend_tests_jar winutil_jar backup_jar
 status=0
-bash "$build/tests/java/soak.sh" $((${1:-60} * 60)) || status=1
-cp "$build/tests/java/logs/soak.csv" "$docs/soak.csv"
+bash "$build/tests/java/soak.sh" $((${1:-60} * 60)) --results "$build/soak" --logs "$build/soak" || status=1
+cp "$build/soak/soak.csv" "$docs/soak.csv"
 # Debian's own Python: the plotting library is one of its packages.
 /usr/bin/python3 tests/java/soak_report.py "$docs/soak.csv" "$docs" "$(wine --version), $(nproc) processors"
 echo "soak: wrote $docs/soak.csv, $docs/soak.md and $docs/soak.svg"
