@@ -355,8 +355,10 @@ public class WindowsUtil {
      * Makes an ordinary byte array, which despite the name has no particular alignment. Aligned memory is a direct
      * buffer from an aligned offset on; see {@link #GetDirectBufferAddress}.
      *
-     * @param size its length, 0 or more
+     * @param size its length
      * @return the array
+     * @throws NegativeArraySizeException when {@code size} is negative
+     * @throws OutOfMemoryError when the JVM has no room for it
      */
     public native byte[] getAlignedByteBuffer(int size);
 
