@@ -46,10 +46,11 @@ def console(tests, reports):
             '--config', 'junit.jupiter.execution.timeout.default=60 s']
 
 
-def run(command, log, env=None, limit=LIMIT_SECONDS):
+def run(command, log, env=None, limit=LIMIT_SECONDS, folder=None):
     """Runs a command with its output in the log. Returns its exit code, None when it had to be stopped."""
     with open(log, 'wb') as out:
-        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out, stderr=subprocess.STDOUT, env=env)
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out, stderr=subprocess.STDOUT, env=env,
+                                   cwd=folder)
         try:
             return process.wait(limit)
         except subprocess.TimeoutExpired:

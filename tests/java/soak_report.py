@@ -50,13 +50,13 @@ def describe(rows, judged, system):
     good = all(series.flat for series in judged) and all(row['ledger'] == 0 for row in rows)
     held = max(row['ledger'] for row in rows)
     text = '# Soak\n\n' + paragraph(f'''Sixteen threads of one Windows JVM go through all native methods for
-        {last["seconds"] / 60:.0f} minutes, in jobs of a few calls each; what every job answers is compared with what one
-        thread alone was answered before. Every five seconds all threads rest, the Java heap is collected, and one
+        {last["seconds"] / 60:.0f} minutes, in jobs of a few calls each; what every job answers is compared with what
+        one thread alone was answered before. Every five seconds all threads rest, the Java heap is collected, and one
         sample is taken. Written by `scripts/soak.sh` on {datetime.date.today()}, with {system}; natives are checked
         (`-Xcheck:jni`), and the Java heap has 256 MiB.''')
     text += paragraph(f'''**Verdict: {"flat" if good else "NOT flat"}.** {last["jobs"]:,} jobs,
-        {last["jobs"] / last["seconds"]:,.0f} per second, {len(rows)} samples. What the threads held by their own account
-        was {held} at every rest.''')
+        {last["jobs"] / last["seconds"]:,.0f} per second, {len(rows)} samples. What the threads held by their own
+        account was {held} at every rest.''')
     text += '''| | at first | in the end | growth in the second half | scatter | counts as none | |
 |---|---|---|---|---|---|---|
 '''

@@ -32,7 +32,8 @@ abstract class OwnRegistryKey extends EndToEnd {
         remove(key);
     }
 
-    private static void remove(String path) {
+    /** Removes a key of the current user's with all that is below it. */
+    static void remove(String path) {
         for (String below : Advapi32Util.registryGetKeys(WinReg.HKEY_CURRENT_USER, path)) {
             remove(path + "\\" + below);
         }

@@ -7,6 +7,7 @@ import com.sun.jna.platform.win32.Advapi32;
 import com.sun.jna.platform.win32.Advapi32Util;
 import com.sun.jna.platform.win32.WinNT;
 import com.sun.jna.platform.win32.WinReg;
+import java.io.IOException;
 import java.io.PrintWriter;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -56,6 +57,7 @@ final class Soak {
             soak.prepare(Path.of(arguments[1]));
             soak.run(Long.parseLong(arguments[0]) * 1000, table);
         } finally {
+            OwnRegistryKey.remove(KEY);
             soak.threads.shutdownNow();
             soak.servers.shutdownNow();
         }
@@ -71,7 +73,7 @@ final class Soak {
     }
 
     private void prepare(Path folder) throws Exception {
-        String hive = hiveFile(folder);
+        String hive = hiveFile(folder, KEY + "\\hive");
         for (int i = 0; i < THREADS; i++) {
             String name = "thread " + i;
             Map<String, Callable<Object>> calls = new LinkedHashMap<>();
@@ -95,12 +97,13 @@ final class Soak {
     }
 
     /** Stores a key with one text in it as a hive. */
-    private static String hiveFile(Path folder) {
+    static String hiveFile(Path folder, String key) throws IOException {
         String file = folder.resolve("hive").toString();
+        Files.deleteIfExists(Path.of(file));
         EndToEnd.util.enableBackupPrivilege();
-        Advapi32Util.registryCreateKey(WinReg.HKEY_CURRENT_USER, KEY + "\\hive");
-        Advapi32Util.registrySetStringValue(WinReg.HKEY_CURRENT_USER, KEY + "\\hive", "text", "in the hive");
-        WinReg.HKEYByReference opened = OwnRegistryKey.open(KEY + "\\hive", WinNT.KEY_READ);
+        Advapi32Util.registryCreateKey(WinReg.HKEY_CURRENT_USER, key);
+        Advapi32Util.registrySetStringValue(WinReg.HKEY_CURRENT_USER, key, "text", "in the hive");
+        WinReg.HKEYByReference opened = OwnRegistryKey.open(key, WinNT.KEY_READ);
         int code = NativeLibrary.getInstance("advapi32").getFunction("RegSaveKeyW")
                 .invokeInt(new Object[] {opened.getValue(), new WString(file), null});
         Advapi32.INSTANCE.RegCloseKey(opened.getValue());
@@ -111,7 +114,8 @@ final class Soak {
     }
 
     private void run(long millis, PrintWriter table) throws Exception {
-        table.println("seconds,jobs,private bytes,JVM bytes,Java heap,handles,ledger,global references,left on purpose");
+        table.println("seconds,jobs,private bytes,JVM bytes,Java heap,handles,ledger,global references,"
+                + "left on purpose");
         long start = System.nanoTime();
         long seconds;
         do {
