@@ -30,7 +30,8 @@ if [ $# -eq 0 ]; then
     full=yes
 fi
 WINEPREFIX=$prefix taskset -c "${BENCH_CPU:-$allowed}" \
-    wine "$WINDOWS_JAVA_HOME/bin/java.exe" "@Z:$(realpath "$build")/bench/benchmark.args" --keep --many "Z:$prefix/many" "$@"
+    wine "$WINDOWS_JAVA_HOME/bin/java.exe" "@Z:$(realpath "$build")/bench/benchmark.args" \
+    com.qarvo.winutil.bench.Benchmark --keep --many "Z:$prefix/many" "$@"
 
 if [ "${full:-}" = yes ]; then
     cp "$results/results.csv" docs/benchmark.csv

@@ -1,6 +1,7 @@
 #include "bare.h"
 
 #include <sddl.h>
+#include <tlhelp32.h>
 
 #include <cstddef>
 #include <cwchar>
@@ -80,6 +81,30 @@ std::int64_t sumOver(const Paths& paths, Query query) {
         }
     }
     return sum;
+}
+
+// Whether the process has an account with a name.
+bool hasOwner(DWORD processId) {
+    const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, processId);
+    HANDLE token = nullptr;
+    std::byte user[256];
+    DWORD size = 0;
+    bool found = process != nullptr && OpenProcessToken(process, TOKEN_QUERY, &token) &&
+                 GetTokenInformation(token, TokenUser, user, sizeof user, &size);
+    if (found) {
+        wchar_t account[1024];
+        wchar_t domain[1024];
+        DWORD accountSize = static_cast<DWORD>(std::size(account));
+        DWORD domainSize = static_cast<DWORD>(std::size(domain));
+        SID_NAME_USE use = SidTypeUnknown;
+        DWORD session = 0;
+        found = LookupAccountSidW(nullptr, reinterpret_cast<const TOKEN_USER*>(user)->User.Sid, account,
+                                  &accountSize, domain, &domainSize, &use) &&
+                ProcessIdToSessionId(processId, &session);
+    }
+    CloseHandle(token);
+    CloseHandle(process);
+    return found;
 }
 
 }  // namespace
@@ -172,6 +197,44 @@ std::int64_t readFiles(const Paths& paths, char* buffer, DWORD capacity) {
         total += count;
     }
     return total;
+}
+
+std::int64_t countNumbers(const std::wstring& key) {
+    HKEY opened = nullptr;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS) {
+        return -1;
+    }
+    std::int64_t count = 0;
+    char name[1024];
+    DWORD nameSize = sizeof name;
+    DWORD type = REG_NONE;
+    for (DWORD index = 0;
+         RegEnumValueA(opened, index, name, &nameSize, nullptr, &type, nullptr, nullptr) == ERROR_SUCCESS;
+         ++index) {
+        DWORD number = 0;
+        DWORD size = sizeof number;
+        if (RegQueryValueExA(opened, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size) ==
+            ERROR_SUCCESS) {
+            ++count;
+        }
+        nameSize = sizeof name;
+    }
+    RegCloseKey(opened);
+    return count;
+}
+
+std::int64_t countProcesses(const std::wstring& executableName) {
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    std::int64_t count = 0;
+    for (BOOL more = Process32FirstW(snapshot, &entry); more; more = Process32NextW(snapshot, &entry)) {
+        if (_wcsicmp(executableName.c_str(), entry.szExeFile) == 0 && hasOwner(entry.th32ProcessID)) {
+            ++count;
+        }
+    }
+    CloseHandle(snapshot);
+    return count;
 }
 
 std::int64_t countExisting(const Paths& paths) {

@@ -39,6 +39,13 @@ std::int64_t countExisting(const Paths& paths);
 std::int64_t sumAttributes(const Paths& paths);
 std::int64_t sumLastModified(const Paths& paths);
 
+// Walks through the numbers in a key of the current user's, by the ANSI functions; returns how many there
+// are, or -1.
+std::int64_t countNumbers(const std::wstring& key);
+
+// Walks through all processes and asks for the account of each of this name; returns how many have one.
+std::int64_t countProcesses(const std::wstring& executableName);
+
 // Milliseconds since 1970.
 std::int64_t toJavaTime(const FILETIME& time) noexcept;
 

@@ -57,6 +57,15 @@ JNIEXPORT jlong JNICALL Java_com_qarvo_winutil_bench_Bare_peakOfList(JNIEnv* env
     return peak;
 }
 
+JNIEXPORT jlong JNICALL Java_com_qarvo_winutil_bench_Bare_countNumbers(JNIEnv* env, jclass, jstring key) {
+    return countNumbers(toWide(env, key));
+}
+
+JNIEXPORT jlong JNICALL Java_com_qarvo_winutil_bench_Bare_countProcesses(JNIEnv* env, jclass,
+                                                                         jstring executableName) {
+    return countProcesses(toWide(env, executableName));
+}
+
 JNIEXPORT jlong JNICALL Java_com_qarvo_winutil_bench_Bare_read(JNIEnv* env, jclass, jstring path,
                                                                jobject buffer, jint block) {
     return readFile(toWide(env, path), address(env, buffer), static_cast<DWORD>(block));

@@ -28,6 +28,12 @@ final class Bare {
     /** Lists a directory and returns the most memory that the process held meanwhile, in bytes. */
     static native long peakOfList(String directory);
 
+    /** Walks through the numbers in a key of the current user's and returns how many there are. */
+    static native long countNumbers(String key);
+
+    /** Walks through all processes and returns how many of this name have an account. */
+    static native long countProcesses(String executableName);
+
     static native long read(String path, ByteBuffer buffer, int block);
 
     static native long overwrite(String path, ByteBuffer buffer, int block, long total);
