@@ -20,6 +20,12 @@ NET_API_STATUS askServer(const wchar_t* server, Call call) noexcept {
     return status == RPC_S_SERVER_UNAVAILABLE ? call(nullptr) : status;
 }
 
+// Adds the name of a group; one without a name is passed over. Returns false when a Java exception is
+// pending.
+bool addGroup(JNIEnv* env, jobject collection, jmethodID add, const wchar_t* name) noexcept {
+    return name == nullptr || addItem(env, collection, add, name);
+}
+
 // Returns false when a Java exception is pending.
 bool addGlobalGroups(JNIEnv* env, const wchar_t* server, const wchar_t* user, jobject collection,
                      jmethodID add) noexcept {
@@ -31,7 +37,7 @@ bool addGlobalGroups(JNIEnv* env, const wchar_t* server, const wchar_t* user, jo
                                 MAX_PREFERRED_LENGTH, &count, &total);
     });
     for (DWORD i = 0; status == NERR_Success && i < count; ++i) {
-        if (!addItem(env, collection, add, groups.get()[i].grui0_name)) {
+        if (!addGroup(env, collection, add, groups.get()[i].grui0_name)) {
             return false;
         }
     }
@@ -49,7 +55,7 @@ void addLocalGroups(JNIEnv* env, const wchar_t* server, const wchar_t* user, job
                                      &count, &total);
     });
     for (DWORD i = 0; status == NERR_Success && i < count; ++i) {
-        if (!addItem(env, collection, add, groups.get()[i].lgrui0_name)) {
+        if (!addGroup(env, collection, add, groups.get()[i].lgrui0_name)) {
             return;
         }
     }
