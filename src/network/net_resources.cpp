@@ -8,13 +8,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <cwchar>
 #include <span>
 #include <string_view>
 
 #include "bridge/java_calls.h"
 #include "bridge/java_classes.h"
 #include "bridge/owners.h"
+#include "network/buffer_text.h"
 #include "network/resource_texts.h"
 
 namespace winutil::network {
@@ -28,6 +28,8 @@ constexpr DWORD bufferSize = 16384;  // bytes
 constexpr DWORD allEntries = 0xFFFFFFFF;
 constexpr std::size_t textLimit = 1024;  // characters that are kept of a name
 
+using Buffer = std::span<std::byte, bufferSize>;
+
 // One listing on its way to a collector.
 struct Listing {
     JNIEnv* env;
@@ -35,13 +37,12 @@ struct Listing {
     bool stopped = false;  // a Java exception is pending
 };
 
-// A name of a resource, empty when there is none.
-std::wstring_view nameText(const wchar_t* name) noexcept {
-    return name == nullptr ? std::wstring_view(L"") : std::wstring_view(name, wcsnlen(name, textLimit));
-}
-
-// Hands one resource to the collector. Returns false when a Java exception is pending.
-bool reportNetResource(JNIEnv* env, jobject collector, const NETRESOURCEW& entry) noexcept {
+// Hands one resource of a buffer to the collector. Returns false when a Java exception is pending.
+bool reportNetResource(JNIEnv* env, jobject collector, const NETRESOURCEW& entry, Buffer buffer) noexcept {
+    // Empty when there is none.
+    const auto nameText = [buffer](const wchar_t* name) noexcept {
+        return name == nullptr ? std::wstring_view(L"") : textIn(buffer, name, textLimit);
+    };
     return callCollector(env, collector, java_method::addEntry, scopeText(entry.dwScope).get(),
                          typeText(entry.dwType).get(), displayTypeText(entry.dwDisplayType).get(),
                          usageText(entry.dwUsage), nameText(entry.lpLocalName), nameText(entry.lpRemoteName),
@@ -51,10 +52,12 @@ bool reportNetResource(JNIEnv* env, jobject collector, const NETRESOURCEW& entry
 // NOLINTBEGIN(misc-no-recursion): as deep as the containers of the network lie in each other
 bool enumerateNetResources(Listing& listing, NETRESOURCEW* parent) noexcept;
 
-// Reports a batch of entries, and behind each container what is in it.
-void reportBatch(Listing& listing, std::span<NETRESOURCEW> entries) noexcept {
-    for (NETRESOURCEW& entry : entries) {
-        listing.stopped = !reportNetResource(listing.env, listing.collector, entry);
+// Reports the entries at the start of a buffer, and behind each container what is in it.
+void reportBatch(Listing& listing, Buffer buffer, std::size_t count) noexcept {
+    const std::size_t room = bufferSize / sizeof(NETRESOURCEW);
+    for (NETRESOURCEW& entry :
+         std::span(reinterpret_cast<NETRESOURCEW*>(buffer.data()), std::min(count, room))) {
+        listing.stopped = !reportNetResource(listing.env, listing.collector, entry, buffer);
         if (!listing.stopped && (entry.dwUsage & RESOURCEUSAGE_CONTAINER) != 0) {
             // A container that cannot be listed is passed over.
             enumerateNetResources(listing, &entry);
@@ -82,9 +85,7 @@ bool walkEntries(Listing& listing, HANDLE enumeration) noexcept {
         // Required: any other failure is asked again without a limit, and as many entries are asked for as
         // came before, because the Java side relies on a listing that ends where the system has no more.
         if (code == NO_ERROR) {
-            const std::size_t room = bufferSize / sizeof(NETRESOURCEW);
-            reportBatch(listing,
-                        {static_cast<NETRESOURCEW*>(buffer.get()), std::min<std::size_t>(count, room)});
+            reportBatch(listing, Buffer(static_cast<std::byte*>(buffer.get()), bufferSize), count);
         }
     }
     return false;

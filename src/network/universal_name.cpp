@@ -7,9 +7,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cwchar>
+#include <cstdint>
+#include <span>
+#include <string_view>
 
 #include "bridge/system_version.h"
+#include "network/buffer_text.h"
 
 namespace winutil::network {
 
@@ -17,19 +20,23 @@ namespace {
 
 constexpr DWORD firstBufferSize = 4096;  // bytes
 
-WideString copyUniversalName(const void* buffer) noexcept {
-    const wchar_t* name = static_cast<const REMOTE_NAME_INFOW*>(buffer)->lpUniversalName;
-    return name == nullptr ? WideString() : copyText(name, std::wcslen(name));
+WideString copyUniversalName(std::span<const std::byte> buffer) noexcept {
+    const wchar_t* name = reinterpret_cast<const REMOTE_NAME_INFOW*>(buffer.data())->lpUniversalName;
+    if (name == nullptr) {
+        return {};
+    }
+    const std::wstring_view text = textIn(buffer, name, SIZE_MAX);
+    return copyText(text.data(), text.size());
 }
 
 // The second look, with as many bytes as the first asked for.
 WideString readLongName(const wchar_t* path, DWORD size) noexcept {
-    const HeapMemory<std::byte> buffer =
-        allocateZeroed<std::byte>(std::max<std::size_t>(size, sizeof(REMOTE_NAME_INFOW)));
+    const std::size_t bufferSize = std::max<std::size_t>(size, sizeof(REMOTE_NAME_INFOW));
+    const HeapMemory<std::byte> buffer = allocateZeroed<std::byte>(bufferSize);
     if (!buffer || WNetGetUniversalNameW(path, REMOTE_NAME_INFO_LEVEL, buffer.get(), &size) != NO_ERROR) {
         return {};
     }
-    return copyUniversalName(buffer.get());
+    return copyUniversalName({buffer.get(), bufferSize});
 }
 
 }  // namespace
