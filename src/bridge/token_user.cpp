@@ -8,7 +8,7 @@ bool isSidWithin(const void* sid, const void* memory, std::size_t size) noexcept
     const auto begin = reinterpret_cast<std::uintptr_t>(memory);
     const auto at = reinterpret_cast<std::uintptr_t>(sid);
     constexpr std::size_t headerSize = offsetof(SID, SubAuthority);
-    if (at < begin || at - begin > size || size - (at - begin) < headerSize) {
+    if (at % alignof(SID) != 0 || at < begin || at - begin > size || size - (at - begin) < headerSize) {
         return false;
     }
     return size - (at - begin) >= GetSidLengthRequired(static_cast<const SID*>(sid)->SubAuthorityCount);

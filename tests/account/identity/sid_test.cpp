@@ -142,4 +142,10 @@ TEST(SidWithin, IsNoneThatLiesOutsideItsMemory) {
     EXPECT_FALSE(isSidWithin(nullptr, memory.data(), memory.size()));
 }
 
+TEST(SidWithin, IsNoneAtAnAddressWhereNoSidLies) {
+    const std::string memory = std::string(19, 'x') + sidBytes(ntAuthority, {18});
+
+    EXPECT_FALSE(isSidWithin(memory.data() + 19, memory.data(), memory.size()));
+}
+
 }  // namespace
