@@ -14,7 +14,7 @@ packages=(
     g++-mingw-w64-x86-64-posix wine wine64 googletest
 )
 # What only the checks and the plots need comes with --all.
-[ "${1:-}" = --all ] && packages+=(clang-19 clang-format-19 clang-tidy-19 python3-matplotlib)
+[ "${1:-}" = --all ] && packages+=(clang-19 clang-format-19 clang-tidy-19 libclang-rt-19-dev llvm-19 python3-matplotlib)
 
 missing=()
 for package in "${packages[@]}"; do

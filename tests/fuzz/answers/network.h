@@ -1,0 +1,74 @@
+// A network provider that answers with anything.
+#pragma once
+
+// windows.h comes first: the other builds on it.
+#include <windows.h>
+
+#include <winnetwk.h>
+
+#include <cstring>
+
+#include "answers/input.h"
+
+namespace hostile {
+
+class Network {
+public:
+    explicit Network(Input& input) : input_(input) {}
+
+    // WNetEnumResourceW. The names lie anywhere in the buffer, and the count may be any number.
+    DWORD giveEntries(LPDWORD count, LPVOID buffer, LPDWORD room) {
+        constexpr DWORD results[] = {ERROR_NO_MORE_ITEMS, NO_ERROR, ERROR_MORE_DATA, ERROR_EXTENDED_ERROR};
+        const DWORD result = chooseCode(input_, results);
+        if (result != NO_ERROR) {
+            return result;
+        }
+        // Mostly one that takes no time: each counted entry is reported.
+        const BYTE claimed = input_.value<BYTE>();
+        *count = claimed == 0xFF ? MAXDWORD : claimed % 8;
+        const DWORD entries = input_.value<BYTE>() % 4;
+        auto* entry = static_cast<NETRESOURCEW*>(buffer);
+        for (DWORD i = 0; i < entries; ++i, ++entry) {
+            entry->dwScope = input_.value<BYTE>();
+            entry->dwType = input_.value<BYTE>();
+            entry->dwDisplayType = input_.value<DWORD>();
+            entry->dwUsage = input_.value<BYTE>();
+            entry->lpLocalName = placeText(buffer, *room);
+            entry->lpRemoteName = placeText(buffer, *room);
+            entry->lpProvider = placeText(buffer, *room);
+        }
+        return NO_ERROR;
+    }
+
+    // WNetGetUniversalNameW
+    DWORD giveUniversalName(LPVOID buffer, LPDWORD room) {
+        constexpr DWORD results[] = {NO_ERROR, ERROR_MORE_DATA, ERROR_NOT_CONNECTED};
+        const DWORD result = chooseCode(input_, results);
+        if (result == NO_ERROR && *room >= sizeof(REMOTE_NAME_INFOW)) {
+            static_cast<REMOTE_NAME_INFOW*>(buffer)->lpUniversalName = placeText(buffer, *room);
+        }
+        if (result == ERROR_MORE_DATA) {
+            *room = input_.value<WORD>();
+        }
+        return result;
+    }
+
+private:
+    // Writes a text into the buffer, or none: behind the structures, or, with no end of its own, up to the
+    // buffer's.
+    wchar_t* placeText(LPVOID buffer, DWORD room) {
+        const BYTE length = input_.value<BYTE>();
+        if (length == 0) {
+            return nullptr;
+        }
+        const DWORD characters = room / sizeof(wchar_t);
+        const DWORD taken = std::min<DWORD>(length % 64, characters);
+        auto* text = static_cast<wchar_t*>(buffer) + (characters - taken);
+        input_.copyTo(text, taken * sizeof(wchar_t));
+        return text;
+    }
+
+    Input& input_;
+};
+
+}  // namespace hostile

@@ -1,0 +1,56 @@
+// Single registry values: texts of any size, numbers, small values of any type.
+#include "answers/registry.h"
+#include "registry/values.h"
+#include "target.h"
+#include "windows/system.h"
+
+namespace {
+
+hostile::Registry* registry = nullptr;
+
+}  // namespace
+
+extern "C" {
+LSTATUS WINAPI RegOpenKeyExA(HKEY, LPCSTR, DWORD, REGSAM, PHKEY key) {
+    *key = static_cast<HKEY>(fuzz::fakeHandle());
+    return ERROR_SUCCESS;
+}
+LSTATUS WINAPI RegOpenKeyExW(HKEY, LPCWSTR, DWORD, REGSAM, PHKEY key) {
+    *key = static_cast<HKEY>(fuzz::fakeHandle());
+    return ERROR_SUCCESS;
+}
+LSTATUS WINAPI RegCloseKey(HKEY) {
+    return ERROR_SUCCESS;
+}
+LSTATUS WINAPI RegQueryValueExA(HKEY, LPCSTR, LPDWORD, LPDWORD type, LPBYTE data, LPDWORD size) {
+    return registry->giveData(type, data, size);
+}
+LSTATUS WINAPI RegQueryValueExW(HKEY, LPCWSTR, LPDWORD, LPDWORD type, LPBYTE data, LPDWORD size) {
+    return registry->giveData(type, data, size);
+}
+}
+
+void fuzz::examine(hostile::Input& input) {
+    namespace registry = winutil::registry;
+    hostile::Registry answers(input);
+    ::registry = &answers;
+    switch (input.value<BYTE>() % 4) {
+        case 0:
+            if (const auto text = registry::readText("HKEY_USERS\\key\\value")) {
+                require(std::wcslen(text.get()) <= 512, "a short text is longer than its room");
+            }
+            break;
+        case 1:
+            if (const auto text = registry::readText(L"HKEY_USERS\\key\\value", 0, REG_SZ)) {
+                require(std::wcslen(text.get()) <= 0x8000, "a long text is longer than any that was given");
+            }
+            break;
+        case 2:
+            require(registry::readDword("HKEY_USERS\\key\\value") >= -1, "a DWORD is none");
+            break;
+        default: {
+            const registry::SmallValue value("HKEY_USERS\\key\\value");
+            const ExactCopy copy(std::as_bytes(value.bytes()));
+        }
+    }
+}
