@@ -6,13 +6,7 @@
 
 namespace testbed {
 
-namespace {
-
-constexpr std::byte notZero{0xCD};
-
-}  // namespace
-
-GuardedHeap::GuardedHeap(SystemCalls& system) {
+GuardedHeap::GuardedHeap(SystemCalls& system, std::byte filling) : filling_(filling) {
     auto* realFree = system.real<decltype(std::free)>("free");
     auto* realResize = system.real<decltype(std::realloc)>("realloc");
     const auto owns = [this](void* block) {
@@ -20,7 +14,7 @@ GuardedHeap::GuardedHeap(SystemCalls& system) {
         return block == nullptr || blocks_.contains(block);
     };
     replacements_.push_back(system.replace<decltype(std::malloc)>(
-        "malloc", [this](std::size_t size) { return allocate(size, notZero); }));
+        "malloc", [this](std::size_t size) { return allocate(size, filling_); }));
     replacements_.push_back(system.replace<decltype(std::calloc)>(
         "calloc",
         [this](std::size_t count, std::size_t size) { return allocate(count * size, std::byte{0}); }));
@@ -45,7 +39,7 @@ void* GuardedHeap::allocate(std::size_t size, std::byte filling) {
 }
 
 void* GuardedHeap::resize(void* block, std::size_t size) {
-    void* made = allocate(size, notZero);
+    void* made = allocate(size, filling_);
     if (block != nullptr) {
         const std::lock_guard lock(mutex_);
         const auto old = blocks_.find(block);

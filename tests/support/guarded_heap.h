@@ -15,13 +15,14 @@ namespace testbed {
 // ever.
 class GuardedHeap {
 public:
-    explicit GuardedHeap(SystemCalls& system);
+    explicit GuardedHeap(SystemCalls& system, std::byte filling = std::byte{0xCD});
 
 private:
     void* allocate(std::size_t size, std::byte filling);
     void* resize(void* block, std::size_t size);
     bool release(void* block);
 
+    std::byte filling_;  // of what malloc gives
     std::mutex mutex_;
     std::map<void*, GuardedBuffer> blocks_;
     std::vector<Replacement> replacements_;  // last, so that they end first
