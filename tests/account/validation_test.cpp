@@ -5,6 +5,7 @@
 #include <malloc.h>
 #include <winnetwk.h>
 
+#include "c_run_time.h"
 #include "scripted_provider.h"
 #include "switched_privileges.h"
 #include "system_text.h"
@@ -286,10 +287,11 @@ TEST_F(ValidationTest, LeavesNoPasswordInTheMemoryThatGoesBack) {
     const std::wstring password = L"correct horse battery staple";
     std::size_t left = 0;
     std::size_t freed = 0;
+    auto* const sizeOf = CRunTime(system()).function<decltype(_msize)>("_msize");
     const auto release = system().replace<void(void*)>("free", [&](void* block) {
         if (block != nullptr) {
             const std::wstring_view content(static_cast<const wchar_t*>(block),
-                                            _msize(block) / sizeof(wchar_t));
+                                            sizeOf(block) / sizeof(wchar_t));
             left += content.find(password) != std::wstring_view::npos ? 1 : 0;
             ++freed;
         }

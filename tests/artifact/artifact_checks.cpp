@@ -22,6 +22,9 @@ constexpr std::string_view systemModules[] = {
     "userenv.dll",  "version.dll",  "wininet.dll", "wtsapi32.dll",
 };
 
+// The C run time of newer systems, in parts.
+constexpr std::string_view universalRunTime = "api-ms-win-crt-";
+
 std::string lowerCase(std::string text) {
     std::ranges::transform(text, text.begin(),
                            [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -82,7 +85,8 @@ std::set<std::string> importedModules(const PeImage& image) {
 std::vector<std::string> foreignModules(const std::set<std::string>& modules) {
     std::vector<std::string> found;
     std::ranges::copy_if(modules, std::back_inserter(found), [](const std::string& module) {
-        return std::ranges::find(systemModules, module) == std::end(systemModules);
+        return !module.starts_with(universalRunTime) &&
+               std::ranges::find(systemModules, module) == std::end(systemModules);
     });
     return found;
 }

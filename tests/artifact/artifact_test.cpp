@@ -66,8 +66,8 @@ TEST_F(Artifact, StaysSmall) {
 #endif
 
 TEST_F(Artifact, CallsEveryFunctionThatTheLedgerKnows) {
-    // One is called by the library that tests the test bed alone.
-    std::set<std::string> called = {"CreateEventW"};
+    // One is called by the library that tests the test bed alone, one by the start-up code of some compilers.
+    std::set<std::string> called = {"CreateEventW", "realloc"};
     for (const Import& import : image->imports()) {
         called.insert(import.name);
     }

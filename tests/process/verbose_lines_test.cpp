@@ -1,37 +1,12 @@
 // What a verbose method prints, as it arrives where the standard output leads.
 #include <windows.h>
 
-#include <io.h>
-
-#include <cstdio>
-
+#include "c_run_time.h"
 #include "process_fixture.h"
 
 namespace {
 
 using namespace testbed;
-
-// Leads the standard output into a file for as long as it lives.
-class RedirectedOutput {
-public:
-    explicit RedirectedOutput(const std::wstring& file) : file_(_wfopen(file.c_str(), L"w")) {
-        std::fflush(stdout);
-        before_ = _dup(1);
-        _dup2(_fileno(file_), 1);
-    }
-    RedirectedOutput(const RedirectedOutput&) = delete;
-    RedirectedOutput& operator=(const RedirectedOutput&) = delete;
-    ~RedirectedOutput() {
-        std::fflush(stdout);
-        _dup2(before_, 1);
-        _close(before_);
-        std::fclose(file_);
-    }
-
-private:
-    FILE* file_;
-    int before_;
-};
 
 class VerboseLines : public WinUtilTest {
 protected:
@@ -41,7 +16,7 @@ protected:
         const Replacement console = system().answer("GetConsoleOutputCP", codePage);
         const std::wstring file = folder() / L"output.txt";
         {
-            const RedirectedOutput output(file);
+            const RedirectedOutput output(system(), file);
             NATIVE(getProcessCommandLineArguments)(jlong{child.id}, true);
         }
         const std::string printed = readFile(file);

@@ -11,15 +11,14 @@
 
 namespace testbed {
 
-// Stands in for malloc, calloc, realloc and free until it goes out of scope. Blocks from before are freed as
-// ever.
+// Stands in for malloc, calloc and free until it goes out of scope; the library resizes nothing. Blocks from
+// before are freed as ever.
 class GuardedHeap {
 public:
     explicit GuardedHeap(SystemCalls& system, std::byte filling = std::byte{0xCD});
 
 private:
     void* allocate(std::size_t size, std::byte filling);
-    void* resize(void* block, std::size_t size);
     bool release(void* block);
 
     std::byte filling_;  // of what malloc gives

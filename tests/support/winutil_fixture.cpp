@@ -1,5 +1,7 @@
 #include "winutil_fixture.h"
 
+#include <cstdlib>
+
 #include "thread_token.h"
 
 namespace testbed {
@@ -23,7 +25,8 @@ std::wstring copyLibrary(const TempFolder& folder, const std::wstring& name) {
 }  // namespace
 
 std::wstring libraryFile() {
-    return builtPath(L"" WINUTIL_LIBRARY);
+    const wchar_t* other = _wgetenv(L"WINUTIL_LIBRARY");
+    return builtPath(other == nullptr ? L"" WINUTIL_LIBRARY : other);
 }
 
 FreshLibrary::FreshLibrary(const TempFolder& folder, const std::wstring& name)

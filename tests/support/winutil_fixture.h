@@ -24,7 +24,8 @@
 
 namespace testbed {
 
-// The path of the DLL under test.
+// The path of the DLL under test: the one that was built with this program, unless WINUTIL_LIBRARY names
+// another.
 std::wstring libraryFile();
 
 // Another copy of the DLL, loaded by the test itself, under slots and a ledger of its own. At the end it is

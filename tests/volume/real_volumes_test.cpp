@@ -1,14 +1,13 @@
 // Volumes and drives of the machine that the tests run on, against what it says itself.
 #include <windows.h>
 
-#include <io.h>
 #include <shellapi.h>
 #include <winioctl.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "c_run_time.h"
 #include "winutil_fixture.h"
 
 namespace testbed {
@@ -128,21 +127,12 @@ TEST_F(RealVolumes, HaveDrives) {
 
 TEST_F(RealVolumes, HaveTroubleToldOnTheStandardOutputOfTheProcess) {
     const std::wstring file = folder() / L"output.txt";
-    FILE* output = _wfopen(file.c_str(), L"w");
-    ASSERT_NE(output, nullptr);
-    std::fflush(stdout);
-    const int before = _dup(1);
-    _dup2(_fileno(output), 1);
     {
+        const RedirectedOutput output(system(), file);
         const Replacement failing = system().answer("FindFirstVolumeW", ~0ULL, ERROR_NOT_READY);
         NATIVE(listPartitions)(java.list());
     }
-    const std::string printed = readFile(file);
-    std::fflush(stdout);
-    _dup2(before, 1);
-    _close(before);
-    std::fclose(output);
-    EXPECT_EQ(printed, "FindFirstVolumeW failed with error code 21\r\n");
+    EXPECT_EQ(readFile(file), "FindFirstVolumeW failed with error code 21\r\n");
 }
 
 }  // namespace
