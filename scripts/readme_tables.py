@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Keeps what README.md repeats from elsewhere: the methods, from WindowsUtil.java, and the speed, from
-docs/benchmark.csv.
+"""Keeps what README.md repeats from elsewhere: the methods, from WindowsUtil.java, the speed, from docs/benchmark.csv,
+and the JVMs that the end-to-end suite has run in, from docs/jvms.csv.
 
 Usage: readme_tables.py --check | --write
 
@@ -19,6 +19,7 @@ import textwrap
 README = pathlib.Path("README.md")
 JAVA = pathlib.Path("java/src/com/qarvo/kel/util/WindowsUtil.java")
 FIGURES = pathlib.Path("docs/benchmark.csv")
+JVMS = pathlib.Path("docs/jvms.csv")
 
 
 def methods():
@@ -61,6 +62,13 @@ def speed():
     return [*table, "", *textwrap.wrap(text, 120)]
 
 
+def jvms():
+    """The table as it is."""
+    with JVMS.open(newline="", encoding="utf-8") as file:
+        header, *rows = csv.reader(file)
+    return [f"| {' | '.join(row)} |" for row in (header, ["---"] * len(header), *rows)]
+
+
 def replaced(text, name, lines):
     """The text with the lines between the two comments that name a block."""
     begin, end = f"<!-- {name}: written by scripts/readme_tables.py -->\n", f"<!-- end of {name} -->\n"
@@ -79,7 +87,9 @@ def main():
     os.chdir(pathlib.Path(__file__).resolve().parents[1])
 
     text = README.read_text("utf-8")
-    wanted = replaced(replaced(text, "methods", methods()), "speed", speed())
+    wanted = text
+    for name, lines in (("methods", methods()), ("speed", speed()), ("jvms", jvms())):
+        wanted = replaced(wanted, name, lines)
     if arguments.write:
         README.write_text(wanted, "utf-8")
         return 0

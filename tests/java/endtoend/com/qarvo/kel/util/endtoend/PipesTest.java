@@ -9,7 +9,6 @@ import com.sun.jna.platform.win32.WinNT.HANDLE;
 import com.sun.jna.ptr.IntByReference;
 import java.io.BufferedReader;
 import java.nio.charset.StandardCharsets;
-import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.CompletableFuture;
 import java.util.concurrent.ForkJoinPool;
@@ -41,10 +40,7 @@ class PipesTest extends EndToEnd {
     }
 
     private Process startOther(String... arguments) throws Exception {
-        List<String> command = new ArrayList<>(List.of(System.getProperty("java.home") + "\\bin\\java.exe",
-                "-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
-                System.getProperty("java.class.path"), PipeEnd.class.getName()));
-        command.addAll(List.of(arguments));
+        List<String> command = Starting.java(PipeEnd.class.getName(), arguments);
         return Starting.process(new ProcessBuilder(command).redirectErrorStream(true)::start);
     }
 

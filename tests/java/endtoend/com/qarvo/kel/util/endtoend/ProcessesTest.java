@@ -53,7 +53,8 @@ class ProcessesTest extends EndToEnd {
     }
 
     private static String java(Class<?> program) {
-        return "java -cp \"" + System.getProperty("java.class.path") + "\" " + program.getName();
+        return "java " + Starting.WITHOUT_WARNINGS + " -cp \"" + System.getProperty("java.class.path") + "\" "
+                + program.getName();
     }
 
     private static WinProcess launch(Class<?> program) throws IOException {

@@ -27,8 +27,7 @@ class SharingViolationTest extends EndToEnd {
     @Test
     void aFileThatAnotherProcessHoldsIsGivenUpAfterTenWaits() throws Exception {
         Path path = Files.writeString(folder.resolve("held.txt"), "abc");
-        ProcessBuilder program = new ProcessBuilder(System.getProperty("java.home") + "\\bin\\java.exe", "-cp",
-                System.getProperty("java.class.path"), Exclusive.class.getName(), path.toString());
+        ProcessBuilder program = new ProcessBuilder(Starting.java(Exclusive.class.getName(), path.toString()));
         Process holder = Starting.process(program.redirectErrorStream(true)::start);
         try (BufferedReader output = holder.inputReader()) {
             assertEquals(Exclusive.READY, output.readLine());

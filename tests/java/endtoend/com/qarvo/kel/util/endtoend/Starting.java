@@ -1,6 +1,8 @@
 package com.qarvo.kel.util.endtoend;
 
 import java.io.IOException;
+import java.util.ArrayList;
+import java.util.List;
 
 /**
  * Starts processes. Now and then, once in some thousand times, a new process of this system ends before its program
@@ -10,7 +12,19 @@ final class Starting {
     private static final String INTERNAL_ERROR = "1359";
     private static final int TRIES = 3;
 
+    /** A JVM of version 21 or later warns, on its standard output, of what this system lacks. */
+    static final String WITHOUT_WARNINGS = "-XX:-PrintWarnings";
+
     private Starting() {
+    }
+
+    /** The command that runs a program in a JVM like this one. */
+    static List<String> java(String program, String... arguments) {
+        List<String> command = new ArrayList<>(List.of(System.getProperty("java.home") + "\\bin\\java.exe",
+                WITHOUT_WARNINGS, "-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
+                System.getProperty("java.class.path"), program));
+        command.addAll(List.of(arguments));
+        return command;
     }
 
     /** Starts a process and gives what stands for it. */
