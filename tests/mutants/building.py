@@ -127,7 +127,7 @@ class Builder:
     def make(self, mutation):
         """Builds with the mutation. Returns what came of it: "built", "stillborn" or "equivalent"."""
         sources = [mutation.file] if mutation.file in self.flags else self.dependants.get(mutation.file, [])
-        original = (self.sources / mutation.file).read_bytes()
+        original = (self.copy / mutation.file).read_bytes()
         shutil.rmtree(self.broken, ignore_errors=True)
         self.broken.mkdir()
         (self.copy / mutation.file).write_bytes(mutation.apply(original))

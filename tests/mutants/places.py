@@ -171,13 +171,14 @@ class Finder:
         words = {self.text(child) for child in node.children}
         if node.parent.type != "compound_statement" or declarator is None or "static" in words:
             return
-        value = declarator.child_by_field_name("value")
+        # To the parser, what is made of names alone may be the declaration of a function.
+        value = declarator.child_by_field_name("value") or declarator.child_by_field_name("parameters")
         name = self.text(declarator.child_by_field_name("declarator") if value is not None else declarator)
         kind = self.text(node.child_by_field_name("type"))
         if not re.fullmatch(r"\w+", name) or not self.may_own(kind, value):
             return
         made = "{}" if value is None else self.text(value)
-        if value is None or value.type in ("argument_list", "initializer_list"):
+        if value is None or value.type in ("argument_list", "initializer_list", "parameter_list"):
             made = kind + made
         # Template arguments may be left to what it is made of.
         kept = kind if "<" in kind else f"decltype({made})"
