@@ -162,6 +162,15 @@ TEST_F(HandshakeTest, FallsThroughWithoutThePackage) {
     EXPECT_THAT(provider.calls, ElementsAre("query package"));
 }
 
+TEST_F(HandshakeTest, FallsThroughWhereThePackageIsNotDescribed) {
+    provider.describesPackage = false;
+
+    validate();
+
+    EXPECT_TRUE(fellThrough());
+    EXPECT_THAT(provider.calls, ElementsAre("query package"));
+}
+
 TEST_F(HandshakeTest, FallsThroughWithoutMemoryForTheTokens) {
     for (std::size_t k = 1; k <= 2; ++k) {
         const auto memory = system().failCall("HeapAlloc", k, ERROR_NOT_ENOUGH_MEMORY);

@@ -148,7 +148,7 @@ SECURITY_STATUS WINAPI queryPackage(SEC_WCHAR* package, PSecPkgInfoW* info) {
     EXPECT_STREQ(package, L"NTLM");
     note("query package");
     const SECURITY_STATUS status = nextStatus("query package", SEC_E_OK);
-    if (status >= 0) {
+    if (status >= 0 && current->describesPackage) {
         packageInfo.cbMaxToken = ScriptedProvider::maxToken;
         *info = &packageInfo;
         ++current->live;

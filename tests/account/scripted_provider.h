@@ -33,6 +33,7 @@ public:
 
     std::set<std::string> missing;                                 // entry points that it does not have
     std::map<std::string, std::vector<SECURITY_STATUS>> statuses;  // for the first calls; then success
+    bool describesPackage = true;                                  // or leaves the caller's pointer alone
     HANDLE token = nullptr;                                        // what QuerySecurityContextToken gives
     DWORD errorAtEnd = 0;                                          // the last error as the client went
     std::size_t live = 0;                                          // contexts and credentials not given back
