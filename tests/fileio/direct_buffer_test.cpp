@@ -54,8 +54,8 @@ TEST_F(DirectBufferTest, WritesWholeSectorsUnbuffered) {
     EXPECT_EQ(content().size(), 1024u);
 }
 
-TEST_F(DirectBufferTest, WritesAnyLengthBuffered) {
-    open();
+TEST_F(DirectBufferTest, WritesAnyLengthBufferedWhateverItsOtherFlags) {
+    open({}, FILE_ATTRIBUTE_READONLY | FILE_FLAG_SEQUENTIAL_SCAN);
 
     write(0, 1000);
 

@@ -170,17 +170,19 @@ TEST_F(PreallocationTest, PutsTheTextOfTheStatusBehindItsOwn) {
     DWORD flags = 0;
     HMODULE source = nullptr;
     DWORD code = 0;
+    DWORD language = 0;
     DWORD room = 0;
-    const auto format = REPLACE(
-        FormatMessageW,
-        [&](DWORD given, LPCVOID from, DWORD id, DWORD, LPWSTR buffer, DWORD size, va_list*) -> DWORD {
-            room = size;
-            flags = given;
-            source = static_cast<HMODULE>(const_cast<void*>(from));
-            code = id;
-            wcscpy_s(buffer, size, L" <disk full>");
-            return 12;
-        });
+    const auto format = REPLACE(FormatMessageW,
+                                [&](DWORD given, LPCVOID from, DWORD id, DWORD inLanguage, LPWSTR buffer,
+                                    DWORD size, va_list*) -> DWORD {
+                                    room = size;
+                                    language = inLanguage;
+                                    flags = given;
+                                    source = static_cast<HMODULE>(const_cast<void*>(from));
+                                    code = id;
+                                    wcscpy_s(buffer, size, L" <disk full>");
+                                    return 12;
+                                });
 
     EXPECT_FALSE(NATIVE(setFileEndOfFileInfo)(record, 0x100000005));
 
@@ -191,6 +193,7 @@ TEST_F(PreallocationTest, PutsTheTextOfTheStatusBehindItsOwn) {
     EXPECT_EQ(flags, 0x1800u);
     EXPECT_EQ(source, GetModuleHandleW(L"ntdll.dll"));
     EXPECT_EQ(code, 0xC000007Fu);
+    EXPECT_EQ(language, 0x400u);
     NATIVE(closeFile)(record);
 }
 
