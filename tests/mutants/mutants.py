@@ -13,6 +13,7 @@ import csv
 import os
 import pathlib
 import random
+import re
 import sys
 import time
 
@@ -27,12 +28,13 @@ STRETCH = 20
 
 
 def read_accepted(file):
-    """The survivors that cannot matter: key -> reason. Three lines each: place, change, reason."""
+    """The survivors that cannot matter: key -> reason. Four lines each: place, text of the line, change, reason."""
+    text = re.sub(r"^#.*\n", "", file.read_text("utf-8"), flags=re.MULTILINE).strip()
     accepted = {}
-    lines = [line for line in file.read_text("utf-8").splitlines() if line.strip() and not line.startswith("#")]
-    for place, change, reason in zip(lines[::3], lines[1::3], lines[2::3], strict=True):
-        name, function, line = place.split(": ", 2)
-        accepted[name, function, line, change.strip()] = reason.strip()
+    for entry in re.split(r"\n\n+", text) if text else []:
+        place, line, change, reason = (part.strip() for part in entry.split("\n"))
+        name, function = place.split(": ")
+        accepted[name, function, line, change] = reason
     return accepted
 
 
@@ -145,7 +147,7 @@ def report(rows, accepted):
         print(f"| {room} | {len(mine)} | {by['room']} | {by['others']} | {by['matrix']} | "
               f"{len(mine) - by.total() - left} | {left} | {100 * by.total() / len(mine):.1f} % |")
     for row in survivors:
-        print(f"{row['file']}: {row['function']}: {row['line']}\n    {row['name']}    (line {row['number']})")
+        print(f"\n{row['file']}: {row['function']}\n    {row['line']}\n    {row['name']}\n    (line {row['number']})")
     verdicts = collections.Counter(row["verdict"] for row in rows)
     print(f"{verdicts['killed']} killed, {verdicts['survived'] - len(survivors)} accepted, {len(survivors)} survivors; "
           f"{verdicts['stillborn']} did not compile, {verdicts['equivalent']} gave the same code")
@@ -156,7 +158,7 @@ def stale(accepted, mutations):
     """Prints what was accepted and is not in the sources any more. Returns how much that is."""
     gone = accepted.keys() - {mutation.key for mutation in mutations}
     for file, function, line, name in sorted(gone):
-        print(f"accepted, but not to be found: {file}: {function}: {line}: {name}")
+        print(f"accepted, but not to be found: {file}: {function}: {line!r}: {name}")
     return len(gone)
 
 
