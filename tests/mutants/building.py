@@ -27,6 +27,7 @@ class Builder:
                       for entry in commands
                       if entry["file"].startswith(f"{sources}/") and entry["file"].endswith(".cpp")}
         self.dependants = self.read_dependants()
+        self.touched = []   # targets that have a mutation in them
         self.links = {}     # target -> its link command
         self.pulled = {}    # target -> the objects that it takes from the archive
 
@@ -141,12 +142,15 @@ class Builder:
                    if file.read_bytes() != (self.objects / file.name).read_bytes()}
         if not changed:
             return "equivalent"
-        touched = [target for target in self.links if target == DLL or self.pulled[target] & changed.keys()]
-        return "built" if self.link(touched, changed) else "stillborn"
+        self.restore()
+        self.touched = [target for target in self.links if target == DLL or self.pulled[target] & changed.keys()]
+        return "built" if self.link(self.touched, changed) else "stillborn"
 
     def restore(self):
-        for target in self.links:
+        """Puts back what the last mutation was linked into: what the next one does not touch must be as it was."""
+        for target in self.touched:
             shutil.copy2(self.work / "pristine" / target, self.file_of(target))
+        self.touched = []
 
 
 def object_of(source):
