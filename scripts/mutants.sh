@@ -7,7 +7,7 @@
 #
 #   scripts/mutants.sh                                     520 mutants, spread over the rooms by their size
 #   scripts/mutants.sh --count 100 --seed 2 registry host  other ones, of some rooms
-#   scripts/mutants.sh --check                             only: is each accepted survivor still in the sources?
+#   scripts/mutants.sh --check                             only the tool itself, and tests/mutants/accepted.txt
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/environment.sh
@@ -23,6 +23,7 @@ if ! cmp -s scripts/downloads/parser.txt "$parser/parser.txt"; then
 fi
 export PYTHONPATH=$parser PYTHONDONTWRITEBYTECODE=1
 if [[ " $* " == *" --check "* ]]; then
+    python3 -m unittest discover --quiet -s tests/mutants -p "*_test.py"
     exec python3 tests/mutants/mutants.py "$@"
 fi
 
