@@ -29,17 +29,16 @@ bool report(JNIEnv* env, jobject collector, IWbemClassObject* module) noexcept {
 
 }  // namespace
 
-bool listMemoryModules(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {
+void listMemoryModules(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {
     WmiSession session;
     if (!session.run(memoryQuery, errorBuffer)) {
-        return false;
+        return;
     }
     while (const auto module = session.next()) {
         if (!report(env, collector, module.get())) {
-            break;
+            return;
         }
     }
-    return true;
 }
 
 }  // namespace winutil::inventory

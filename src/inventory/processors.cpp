@@ -56,17 +56,16 @@ bool report(JNIEnv* env, jobject collector, IWbemClassObject* processor) noexcep
 
 }  // namespace
 
-bool listProcessors(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {
+void listProcessors(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {
     WmiSession session;
     if (!session.run(processorQuery, errorBuffer)) {
-        return false;
+        return;
     }
     while (const auto processor = session.next()) {
         if (!report(env, collector, processor.get())) {
-            break;
+            return;
         }
     }
-    return true;
 }
 
 }  // namespace winutil::inventory

@@ -6,8 +6,8 @@
 
 namespace winutil::inventory {
 
-// Hands every processor to a collector; an exception from Java ends the listing at once. Returns false with a
+// Hands every processor to a collector; an exception from Java ends the listing at once. Leaves a
 // message when the query fails.
-bool listProcessors(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept;
+void listProcessors(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept;
 
 }  // namespace winutil::inventory

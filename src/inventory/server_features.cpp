@@ -32,29 +32,28 @@ bool addFeature(const FeatureList& features, IWbemClassObject* object) noexcept 
 
 }  // namespace
 
-bool listServerFeatures(JNIEnv* env, jobject list, ErrorBuffer& errorBuffer) noexcept {
+void listServerFeatures(JNIEnv* env, jobject list, ErrorBuffer& errorBuffer) noexcept {
     const jmethodID add = findCollectorMethod(env, list, java_method::add);
     if (add == nullptr) {
-        return true;
+        return;
     }
     const LocalRef featureClass(env, env->FindClass(java_class::winServerFeature));
     const jmethodID newFeature =
         featureClass ? findMethod(env, featureClass.get(), java_method::newServerFeature) : nullptr;
     if (newFeature == nullptr) {
         env->ExceptionClear();
-        return true;
+        return;
     }
     WmiSession session;
     if (!session.run(featureQuery, errorBuffer)) {
-        return false;
+        return;
     }
     const FeatureList features{env, list, add, featureClass.get(), newFeature};
     while (const auto object = session.next()) {
         if (!addFeature(features, object.get())) {
-            break;
+            return;
         }
     }
-    return true;
 }
 
 }  // namespace winutil::inventory

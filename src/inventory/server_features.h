@@ -7,7 +7,7 @@
 namespace winutil::inventory {
 
 // Adds the installed features of a Windows server to a Java list; an exception from Java ends the listing at
-// once. Returns false with a message when the query fails.
-bool listServerFeatures(JNIEnv* env, jobject list, ErrorBuffer& errorBuffer) noexcept;
+// once. Leaves a message when the query fails.
+void listServerFeatures(JNIEnv* env, jobject list, ErrorBuffer& errorBuffer) noexcept;
 
 }  // namespace winutil::inventory

@@ -107,19 +107,18 @@ bool reportDisk(JNIEnv* env, jobject collector, const char* deviceId, const char
            callCollector(env, collector, java_method::addDiskInfo, javaDevice, javaSerial, isSystem);
 }
 
-bool listDiskSerials(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {
+void listDiskSerials(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept {
     DiskName systemDisk;
     systemDiskName(systemDisk);
     inventory::WmiSession session;
     if (!session.run(diskQuery, errorBuffer)) {
-        return false;
+        return;
     }
     while (const auto disk = session.next()) {
         if (!listDisk(env, collector, disk.get(), systemDisk)) {
-            break;
+            return;
         }
     }
-    return true;
 }
 
 }  // namespace winutil::volume

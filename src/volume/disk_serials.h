@@ -23,7 +23,7 @@ bool reportDisk(JNIEnv* env, jobject collector, const char* deviceId, const char
                 bool isSystem) noexcept;
 
 // Hands each disk with a serial number to the collector: that which WMI gives, or else the drive itself.
-// Returns false, with a message, when WMI fails.
-bool listDiskSerials(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept;
+// Leaves a message when WMI fails.
+void listDiskSerials(JNIEnv* env, jobject collector, ErrorBuffer& errorBuffer) noexcept;
 
 }  // namespace winutil::volume
