@@ -225,6 +225,12 @@ TEST_F(Drives, MayHaveLabelsThatFillTheShellsStructure) {
     EXPECT_EQ(NATIVE(getVolumeLabel)(L"X:\\").text(), std::wstring(260, L'n'));
 }
 
+TEST_F(Drives, MayHaveLabelsOfOneCharacter) {
+    const Replacement named = displayName(1, L"n");
+    const Replacement labelled = label(TRUE, L"another");
+    EXPECT_EQ(NATIVE(getVolumeLabel)(L"X:\\").text(), L"n");
+}
+
 TEST_F(Drives, TakeLabelsInModifiedUtf8) {
     std::string given;
     const Replacement setting = REPLACE(SetVolumeLabelA, [&](LPCSTR root, LPCSTR text) {

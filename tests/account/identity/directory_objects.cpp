@@ -39,7 +39,7 @@ HRESULT FakeObject::QueryInterface(REFIID identifier, void** result) {
 HRESULT FakeObject::get_ADsPath(BSTR* path) {
     *path = nullptr;
     const HRESULT result = directory().step("get_ADsPath");
-    if (SUCCEEDED(result)) {
+    if (SUCCEEDED(result) && entry_.hasPath) {
         *path = directory().giveText(path_);
     }
     return result;

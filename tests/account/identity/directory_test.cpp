@@ -185,7 +185,7 @@ struct UnreadableCase {
 class UnreadableMember : public MembershipTest, public testing::WithParamInterface<UnreadableCase> {};
 
 // A member without an identity is passed over, were it the user himself; and were it a group, its way back
-// could not be known.
+// could not be known. Nor is there a way to a group without a path.
 TEST_P(UnreadableMember, IsPassedOver) {
     addGroup(L"Inner", {alice});
     addGroup(L"Odd", {alice});
@@ -216,7 +216,8 @@ INSTANTIATE_TEST_SUITE_P(
         UnreadableCase{"GuidTooShort", [](DirectoryEntry& entry) { entry.guidLength = 15; }},
         UnreadableCase{"GuidTooLong", [](DirectoryEntry& entry) { entry.guidLength = 17; }},
         UnreadableCase{"GuidEmpty", [](DirectoryEntry& entry) { entry.guidLength = 0; }},
-        UnreadableCase{"NoGuid", [](DirectoryEntry& entry) { entry.guidValues = 0; }}),
+        UnreadableCase{"NoGuid", [](DirectoryEntry& entry) { entry.guidValues = 0; }},
+        UnreadableCase{"NoPath", [](DirectoryEntry& entry) { entry.hasPath = false; }}),
     [](const auto& test) { return test.param.name; });
 
 TEST_F(Membership, IsNotEstablishedForAUserWithoutIdentity) {
@@ -274,6 +275,15 @@ TEST_F(Membership, IsNotLookedForBehindErrorsWithoutEnd) {
     EXPECT_THAT(isMemberOf({L"Staff"}), ElementsAre(L"Staff"));
 
     EXPECT_EQ(directory.count("GetNextRow"), 1000u);
+}
+
+TEST_F(Membership, IsLookedForBehindAnyNumberOfRowsWithoutErrors) {
+    auto& rows = directory.rows[L"(&(objectClass=user)(samAccountName=alice))"];
+    rows.assign(2000, {.path = L"LDAP://gone"});
+    rows.push_back({alice});
+    addGroup(L"Staff", {alice});
+
+    EXPECT_THAT(isMemberOf({L"Staff"}), IsEmpty());
 }
 
 TEST_F(Membership, TakesTheLastRowThatIsAGroup) {

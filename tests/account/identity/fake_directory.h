@@ -30,6 +30,7 @@ struct DirectoryEntry {
     DWORD guidLength = sizeof(GUID);  // bytes that the attribute says it has
     DWORD guidValues = 1;
     bool isDirectoryObject = true;
+    bool hasPath = true;  // or answers with success and none
 };
 
 // A row that a search finds. One that cannot be read has no path.
