@@ -1,5 +1,4 @@
 """Compiles what a mutation touches, and links the DLL and whatever tests link the library's sources themselves."""
-import hashlib
 import json
 import os
 import pathlib
@@ -55,17 +54,13 @@ class Builder:
         return result
 
     def prepare(self, programs):
-        """Compiles and links everything as it is; what an unchanged tree has left is taken as it is."""
-        digest = hashlib.sha256()
-        for path in sorted(path for path in self.sources.rglob("*") if path.is_file()):
-            digest.update(str(path).encode() + path.read_bytes())
-        stamp = self.work / "prepared"
-        fresh = stamp.exists() and stamp.read_text() == digest.hexdigest()
+        """Compiles and links everything as it is; objects that are newer than their sources stay."""
         shutil.rmtree(self.copy, ignore_errors=True)
         shutil.copytree(self.sources, self.copy)
-        if not fresh:
-            stamp.unlink(missing_ok=True)
-            self.compile_everything()
+        self.objects.mkdir(exist_ok=True)
+        stale = [source for source in self.flags if self.is_stale(source)]
+        if stale:
+            self.compile_good(stale)
         for target in (DLL, "open_worker", *programs):
             self.read_link(target)
         if not self.link(self.links, {}):
@@ -74,18 +69,23 @@ class Builder:
         pristine.mkdir(exist_ok=True)
         for target in self.links:
             shutil.copy2(self.file_of(target), pristine / target)
-        stamp.write_text(digest.hexdigest())
 
-    def compile_everything(self):
-        print(f"compiling {len(self.flags)} sources", flush=True)
-        shutil.rmtree(self.objects, ignore_errors=True)
-        self.objects.mkdir(parents=True)
+    def is_stale(self, source):
+        inputs = ["CMakeLists.txt", *(file for file, sources in self.dependants.items() if source in sources)]
+        made = self.objects / object_of(source)
+        newest = max((self.sources / file).stat().st_mtime for file in inputs)
+        return not made.exists() or made.stat().st_mtime < newest
+
+    def compile_good(self, sources):
+        print(f"compiling {len(sources)} sources", flush=True)
         header = self.work / "prefix.h"
         header.write_text(PREFIX_HEADER)
         subprocess.run([*self.flags["bridge/errors.cpp"], "-x", "c++-header", header, "-o", f"{header}.gch"], check=True)
-        for source in self.flags:
-            if not self.compile(source, self.objects):
+        self.broken.mkdir(exist_ok=True)
+        for source in sources:
+            if not self.compile(source, self.broken):
                 raise RuntimeError(f"{source} does not compile as it is")
+            (self.broken / object_of(source)).replace(self.objects / object_of(source))
         self.archive.unlink(missing_ok=True)
         subprocess.run(["x86_64-w64-mingw32-ar", "qcs", self.archive, *sorted(self.objects.iterdir())], check=True)
 

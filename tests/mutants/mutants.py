@@ -4,7 +4,7 @@
 Usage: mutants.py [--count N] [--seed S] [--check] [--build FOLDER] [ROOM...]
 
 FOLDER is a build folder of its own. Results are added to mutants.csv in its folder mutants as they come; a second run
-goes on where the first one ended, and tries again what survived. --check only looks at tests/mutants/accepted.txt: is
+goes on where the first one ended, and tries again what survived and is not accepted. --check only looks at tests/mutants/accepted.txt: is
 each survivor that was accepted still to be found in the sources?
 """
 import argparse
@@ -124,12 +124,13 @@ def sample(mutations, rooms, count, seed):
     return chosen, wanted
 
 
-def already_done(samples, wanted, results):
-    """Leaves out what the results have; survivors are tried again."""
+def already_done(samples, wanted, results, accepted):
+    """Leaves out what the results have; survivors are tried again, but for the accepted ones."""
     for room, of_room in samples.items():
         known = [results.rows[mutation.key] for mutation in of_room if mutation.key in results.rows]
-        wanted[room] = max(0, wanted[room] - sum(row["verdict"] == "killed" for row in known))
-        done = {key_of(row) for row in known if row["verdict"] != "survived"}
+        done = {key_of(row) for row in known if row["verdict"] != "survived" or key_of(row) in accepted}
+        counted = sum(key_of(row) in done and row["verdict"] in ("killed", "survived") for row in known)
+        wanted[room] = max(0, wanted[room] - counted)
         # The next one is taken from the end.
         of_room[:] = [mutation for mutation in reversed(of_room) if mutation.key not in done]
 
@@ -188,7 +189,7 @@ def main():
     try:
         judge.renew_prefix()
         judge.measure()
-        already_done(samples, wanted, results)
+        already_done(samples, wanted, results, accepted)
         Campaign(builder, judge, results).run(samples, wanted)
     finally:
         builder.restore()
