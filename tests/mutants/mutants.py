@@ -4,8 +4,8 @@
 Usage: mutants.py [--count N] [--seed S] [--check] [--build FOLDER] [ROOM...]
 
 FOLDER is a build folder of its own. Results are added to mutants.csv in its folder mutants as they come; a second run
-goes on where the first one ended, and tries again what survived and is not accepted. --check only looks at tests/mutants/accepted.txt: is
-each survivor that was accepted still to be found in the sources?
+goes on where the first one ended, and tries again what survived and is not accepted. --check only looks at
+tests/mutants/accepted.txt: is each survivor that was accepted still to be found in the sources?
 """
 import argparse
 import collections
