@@ -191,6 +191,15 @@ TEST_F(SlowShareTest, LeavesTheFirstCodeToTellWhenTheFolderDoesNotCome) {
                                    L"query \\\\?\\UNC\\server\\share\\x"));
 }
 
+TEST_F(SlowShareTest, LeavesTheFirstCodeToTellWithoutMemoryToLookTwice) {
+    const auto memory = system().failCall("malloc", 3, 0);  // behind the path and its long form
+
+    EXPECT_FALSE(NATIVE(mkdir)(L"\\\\server\\share\\x"));
+
+    EXPECT_EQ(java.takeException().message, notMade(L"\\\\server\\share\\x", ERROR_PATH_NOT_FOUND));
+    EXPECT_THAT(calls, ElementsAre(L"wait 2000", L"query \\\\server\\share\\x"));
+}
+
 TEST_F(SlowShareTest, IsAnyPathThatBeginsWithTwoBackslashes) {
     isThere = true;
 
