@@ -247,6 +247,7 @@ TEST_F(RegistryListingChanges, AValueThatGrowsAllTheTimeIsPassedOver) {
     std::string data = "1";
     put(L"bytes", REG_BINARY, data);
     EXPECT_THAT(listWhile(100, [&] { put(L"bytes", REG_BINARY, data += "2"); }), IsEmpty());
+    EXPECT_EQ(system().count("RegQueryValueExA"), 2U);
 }
 
 TEST_F(RegistryListingChanges, AValueThatIsGoneIsPassedOver) {
