@@ -8,15 +8,14 @@
 
 #include "../account/identity/membership_fixture.h"
 #include "../account/scripted_provider.h"
+#include "reasons.h"
 #include "recipe.h"
 #include "thread_token.h"
 
 namespace {
 
 using namespace testbed;
-
-constexpr char systemDecides[] = "the system says itself whether the privilege was missing";
-constexpr char processToken[] = "without a token of the thread that of the process decides";
+using namespace testbed::reasons;
 
 class LogonTest : public WinUtilTest {
 protected:
@@ -51,16 +50,16 @@ protected:
     }
     // What fails here is not the last word, and the reason is that of the last.
     void anotherWayDecides(std::initializer_list<const char*> functions) {
-        tolerates(functions, "the next way of validating decides");
-        for (const char* function : functions) {
-            raisesOtherCode(function, "the reason is that of the last way of validating");
-        }
+        tolerates(functions, nextDecides);
     }
 
     ScriptedProvider provider{system()};
     Replacement connection_ = system().answer("WNetUseConnectionW", ERROR_LOGON_FAILURE);
     Replacement cancelling_ = system().answer("WNetCancelConnectionW", NO_ERROR);
 };
+
+constexpr char lastWay[] = "the reason is that of the last way of validating";
+constexpr char noEntryPoint[] = "a provider need not have this entry point";
 
 class HandshakeRecipe : public ValidationRecipe {
 protected:
@@ -69,15 +68,14 @@ protected:
         OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &provider.token);
         const auto word = reinterpret_cast<std::uint64_t>(provider.token);
         ledger().take(Kind::handle, word, "QuerySecurityContextToken", "the test");
-        for (const char* function :
-             {"LoadLibraryA", "GetProcAddress", "QuerySecurityPackageInfoW", "AcquireCredentialsHandleW",
-              "InitializeSecurityContextW", "AcceptSecurityContext", "GetVersionExA", "HeapAlloc",
-              "LocalAlloc", "CompleteAuthToken"}) {
-            raisesOtherCode(function, "the reason is that of the last way of validating");
+        for (const char* function : {"LoadLibraryA", "GetProcAddress", "QuerySecurityPackageInfoW",
+                                     "AcquireCredentialsHandleW", "InitializeSecurityContextW",
+                                     "AcceptSecurityContext", "GetVersionExA", "HeapAlloc", "LocalAlloc"}) {
+            raisesOtherCode(function, lastWay);
         }
-        tolerates({"GetProcAddress 3", "GetProcAddress 9"}, "a provider need not have this entry point");
+        tolerates({"GetProcAddress 9"}, noEntryPoint);
         tolerates({"QuerySecurityContextToken", "GetTokenInformation", "NetUserModalsGet", "InitializeSid"},
-                  "who cannot be shown to be the guest is none");
+                  standsIn);
         validate();
         if (provider.count("query token") == 0) {
             ledger().drop(Kind::handle, word);
@@ -87,10 +85,14 @@ protected:
 };
 
 class Recipe_validateUserNative_byAHandshake final : public HandshakeRecipe {
-    void perform() override { shakeHands(); }
+    void perform() override {
+        tolerates({"GetProcAddress 3"}, noEntryPoint);
+        shakeHands();
+    }
 };
 class Recipe_validateUserNative_byACompletedHandshake final : public HandshakeRecipe {
     void perform() override {
+        raisesOtherCode("CompleteAuthToken", lastWay);
         provider.statuses["client"] = {SEC_I_COMPLETE_AND_CONTINUE, SEC_I_COMPLETE_NEEDED};
         shakeHands();
     }
@@ -116,9 +118,8 @@ class Recipe_validateUserNative_byAConnection final : public ValidationRecipe {
         const auto use = system().answer("WNetUseConnectionW", NO_ERROR);
         anotherWayDecides({"LoadLibraryA", "GetProcAddress", "GetVersionExA", "LogonUserW"});
         tolerates({"LookupPrivilegeValueA", "AdjustTokenPrivileges", "OpenProcessToken"}, systemDecides);
-        tolerates({"FormatMessageW"}, "a message without the system's words");
-        tolerates({"GetComputerNameExW"}, "a computer without a domain is in none of that name");
-        tolerates({"WNetCancelConnectionW"}, "an earlier connection that was not there");
+        tolerates({"GetComputerNameExW"}, standsIn);
+        tolerates({"WNetCancelConnectionW"}, nothingLeftToDo);
         validate();
     }
 };
@@ -160,12 +161,11 @@ private:
 };
 
 RECIPE(DomainTest, getDomainName, ofADomain) {
-    tolerates({"NetUserModalsGet"}, "the computer's name stands in", Tolerance::any);
     examine([&] { return NATIVE(getDomainName)(); });
 }
 
 RECIPE(WinUtilTest, getV6DomainName, ofTheUser) {
-    tolerates({"OpenThreadToken"}, processToken);
+    tolerates({"OpenThreadToken"}, standsIn);
     examine([&] { return NATIVE(getV6DomainName)(); });
 }
 
@@ -174,7 +174,7 @@ RECIPE(WinUtilTest, getNetBIOSComputerName, ofTheComputer) {
 }
 
 RECIPE(WinUtilTest, getSID, ofTheUser) {
-    tolerates({"OpenThreadToken"}, processToken);
+    tolerates({"OpenThreadToken"}, standsIn);
     examine([&] { return NATIVE(getSID)(); });
 }
 
@@ -209,8 +209,8 @@ private:
 };
 
 RECIPE(GroupsTest, getDomainUserGroups, ofAUser) {
-    leavesOut({"NetUserGetGroups", "NetUserGetLocalGroups"}, "a failure adds nothing");
-    leavesOut({"GetMethodID"}, "an item for which the collector has no method is passed over");
+    leavesOut({"NetUserGetGroups", "NetUserGetLocalGroups"}, leftOut);
+    leavesOut({"GetMethodID"}, noMethod);
     const JavaObject groups = java.list();
     examine([&] { NATIVE(getDomainUserGroups)(L"server", L"alice", groups); });
     noteElements(groups);
@@ -221,27 +221,10 @@ constexpr char notEstablished[] = "a group whose membership was not established 
 class GroupMembership : public RecipeOn<MembershipTest> {
 protected:
     void ask(const std::vector<std::wstring>& groups) {
-        tolerates({"ADsGetObject",
-                   "ADsEnumerateNext",
-                   "directory.ADsGetObject",
-                   "directory.ExecuteSearch",
-                   "directory.GetColumn",
-                   "directory.GetNextRow",
-                   "directory.GetObjectAttributes",
-                   "directory.IsMember",
-                   "directory.Members",
-                   "directory.Next",
-                   "directory.QueryInterface",
-                   "directory.SetSearchPreference",
-                   "directory.get_ADsPath",
-                   "directory.get__NewEnum",
-                   "malloc",
-                   "realloc",
-                   "HeapAlloc",
-                   "SysAllocString",
-                   "GetUserNameW",
-                   "GetComputerNameExW",
-                   "GetStringChars"},
+        tolerates({"ADsGetObject", "directory.ADsGetObject", "directory.ExecuteSearch", "directory.GetColumn",
+                   "directory.GetNextRow", "directory.IsMember", "directory.QueryInterface",
+                   "directory.SetSearchPreference", "malloc", "SysAllocString", "GetUserNameW",
+                   "GetComputerNameExW", "GetStringChars"},
                   notEstablished, Tolerance::any);
         names.clear();
         for (const std::wstring& name : groups) {
@@ -262,6 +245,9 @@ class Recipe_isMemberOf_aGroup final : public GroupMembership {
 };
 class Recipe_isMemberOf_nestedGroups final : public GroupMembership {
     void perform() override {
+        tolerates({"ADsEnumerateNext", "directory.GetObjectAttributes", "directory.Members", "directory.Next",
+                   "directory.get_ADsPath", "directory.get__NewEnum"},
+                  notEstablished, Tolerance::any);
         addGroup(L"Inner", {alice});
         addGroup(L"Outer", {L"LDAP://nothing", group(L"Inner")});
         addGroup(L"Other", {});

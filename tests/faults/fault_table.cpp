@@ -55,6 +55,14 @@ Fault shortOf(std::size_t argument) {
     return {.way = Fault::Way::cut, .cutArgument = argument};
 }
 
+// A buffer that is too small by now: which argument is its size, or leads to it.
+Fault outgrown(std::size_t sizeArgument, DWORD code = ERROR_INSUFFICIENT_BUFFER) {
+    return {.way = Fault::Way::cut, .lastError = code, .cutArgument = sizeArgument};
+}
+Fault outgrownBehind(std::size_t sizePointer, DWORD code = ERROR_INSUFFICIENT_BUFFER) {
+    return {.way = Fault::Way::cut, .lastError = code, .cutArgument = sizePointer, .cutBehindPointer = true};
+}
+
 constexpr DWORD accessDenied = 0xC0000022;  // as NTSTATUS
 
 const FailingFunction functions[] = {
@@ -87,11 +95,11 @@ const FailingFunction functions[] = {
     {"GetFileAttributesExW", {none(ERROR_ACCESS_DENIED)}},
     {"GetFileAttributesW", {result(INVALID_FILE_ATTRIBUTES, ERROR_ACCESS_DENIED)}},
     {"GetFileSizeEx", {none(ERROR_IO_DEVICE)}},
-    {"GetLongPathNameW", {none(ERROR_ACCESS_DENIED)}},
+    {"GetLongPathNameW", {none(ERROR_ACCESS_DENIED), outgrown(2)}},
     {"MoveFileW", {none(ERROR_ACCESS_DENIED)}},
     {"NtSetInformationFile", {status(accessDenied)}},
     {"ReadFile", {none(ERROR_IO_DEVICE), shortOf(2)}},
-    {"SearchPathW", {none(ERROR_FILE_NOT_FOUND)}},
+    {"SearchPathW", {none(ERROR_FILE_NOT_FOUND), outgrown(3)}},
     {"SetEndOfFile", {none(ERROR_DISK_FULL)}},
     {"SetFileAttributesW", {none(ERROR_ACCESS_DENIED)}},
     {"SetFilePointer", {result(INVALID_SET_FILE_POINTER, ERROR_NEGATIVE_SEEK)}},
@@ -111,10 +119,10 @@ const FailingFunction functions[] = {
     {"FindVolumeClose", {givenBack(FALSE, ERROR_INVALID_HANDLE)}},
     {"GetDiskFreeSpaceW", {none(ERROR_NOT_READY)}},
     {"GetDriveTypeA", {{.result = DRIVE_NO_ROOT_DIR}}},
-    {"GetLogicalDriveStringsA", {none(ERROR_GEN_FAILURE)}},
+    {"GetLogicalDriveStringsA", {none(ERROR_GEN_FAILURE), outgrown(0)}},
     {"GetVolumeInformationW", {none(ERROR_NOT_READY)}},
     {"GetVolumePathNameW", {none(ERROR_FILE_NOT_FOUND)}},
-    {"GetVolumePathNamesForVolumeNameW", {none(ERROR_FILE_NOT_FOUND)}},
+    {"GetVolumePathNamesForVolumeNameW", {none(ERROR_FILE_NOT_FOUND), outgrown(2, ERROR_MORE_DATA)}},
     {"GetWindowsDirectoryA", {none(ERROR_GEN_FAILURE)}},
     {"SetVolumeLabelA", {none(ERROR_WRITE_PROTECT)}},
     {"SHGetDiskFreeSpaceExA", {none(ERROR_NOT_READY)}},
@@ -135,7 +143,7 @@ const FailingFunction functions[] = {
     {"CreateToolhelp32Snapshot", {invalidHandle(ERROR_BAD_LENGTH)}},
     {"DestroyEnvironmentBlock", {givenBack(FALSE, ERROR_INVALID_PARAMETER)}},
     {"GetExitCodeProcess", {none(ERROR_ACCESS_DENIED)}},
-    {"GetUserProfileDirectoryW", {none(ERROR_FILE_NOT_FOUND)}},
+    {"GetUserProfileDirectoryW", {none(ERROR_FILE_NOT_FOUND), none(ERROR_INSUFFICIENT_BUFFER)}},
     {"LoadUserProfileW", {none(ERROR_ACCESS_DENIED)}},
     {"NtQueryInformationProcess", {status(accessDenied)}},
     {"OpenProcess", {none(ERROR_ACCESS_DENIED)}},
@@ -165,8 +173,8 @@ const FailingFunction functions[] = {
     {"RegOpenKeyExA", {status(ERROR_ACCESS_DENIED)}},
     {"RegOpenKeyExW", {status(ERROR_ACCESS_DENIED)}},
     {"RegQueryInfoKeyA", {status(ERROR_KEY_DELETED)}},
-    {"RegQueryValueExA", {status(ERROR_ACCESS_DENIED)}},
-    {"RegQueryValueExW", {status(ERROR_ACCESS_DENIED)}},
+    {"RegQueryValueExA", {status(ERROR_ACCESS_DENIED), outgrownBehind(5, ERROR_MORE_DATA)}},
+    {"RegQueryValueExW", {status(ERROR_ACCESS_DENIED), outgrownBehind(5, ERROR_MORE_DATA)}},
     {"RegSetValueExA", {status(ERROR_ACCESS_DENIED)}},
     {"RegSetValueExW", {status(ERROR_ACCESS_DENIED)}},
     {"RegUnLoadKeyW", {status(ERROR_ACCESS_DENIED)}},
@@ -177,20 +185,20 @@ const FailingFunction functions[] = {
     {"ConvertSecurityDescriptorToStringSecurityDescriptorW", {none(ERROR_INVALID_SECURITY_DESCR)}},
     {"ConvertStringSecurityDescriptorToSecurityDescriptorW", {none(ERROR_INVALID_PARAMETER)}},
     {"DuplicateTokenEx", {none(ERROR_ACCESS_DENIED)}},
-    {"GetFileSecurityW", {none(ERROR_ACCESS_DENIED)}},
+    {"GetFileSecurityW", {none(ERROR_ACCESS_DENIED), outgrown(3)}},
     {"GetNamedSecurityInfoW", {status(ERROR_ACCESS_DENIED)}},
     {"GetSecurityDescriptorDacl", {none(ERROR_INVALID_SECURITY_DESCR)}},
     {"GetSecurityDescriptorGroup", {none(ERROR_INVALID_SECURITY_DESCR)}},
     {"GetSecurityDescriptorOwner", {none(ERROR_INVALID_SECURITY_DESCR)}},
-    {"GetTokenInformation", {none(ERROR_ACCESS_DENIED)}},
-    {"GetUserNameW", {none(ERROR_NONE_MAPPED)}},
+    {"GetTokenInformation", {none(ERROR_ACCESS_DENIED), outgrown(3)}},
+    {"GetUserNameW", {none(ERROR_NONE_MAPPED), none(ERROR_INSUFFICIENT_BUFFER)}},
     {"ImpersonateLoggedOnUser", {none(ERROR_ACCESS_DENIED)}},
     {"InitializeSid", {none(ERROR_INVALID_PARAMETER)}},
     {"LogonUserA", {none(ERROR_LOGON_FAILURE)}},
     {"LogonUserW", {none(ERROR_LOGON_FAILURE)}},
-    {"LookupAccountNameW", {none(ERROR_NONE_MAPPED)}},
+    {"LookupAccountNameW", {none(ERROR_NONE_MAPPED), outgrownBehind(3)}},
     {"LookupAccountSidA", {none(ERROR_NONE_MAPPED)}},
-    {"LookupAccountSidW", {none(ERROR_NONE_MAPPED)}},
+    {"LookupAccountSidW", {none(ERROR_NONE_MAPPED), outgrownBehind(3)}},
     {"LookupPrivilegeValueA", {none(ERROR_NO_SUCH_PRIVILEGE)}},
     {"OpenProcessToken", {none(ERROR_ACCESS_DENIED)}},
     {"OpenThreadToken", {none(ERROR_NO_TOKEN)}},
@@ -228,8 +236,8 @@ const FailingFunction functions[] = {
     {"WNetCancelConnectionW", {status(ERROR_NOT_CONNECTED)}},
     {"WNetCloseEnum", {givenBack(ERROR_INVALID_HANDLE, ERROR_SUCCESS)}},
     {"WNetEnumResourceW", {status(ERROR_NO_NETWORK), status(ERROR_MORE_DATA)}},
-    {"WNetGetUniversalNameW", {status(ERROR_NOT_CONNECTED)}},
-    {"WNetGetUserW", {status(ERROR_NOT_CONNECTED)}},
+    {"WNetGetUniversalNameW", {status(ERROR_NOT_CONNECTED), outgrownBehind(3, ERROR_MORE_DATA)}},
+    {"WNetGetUserW", {status(ERROR_NOT_CONNECTED), outgrownBehind(2, ERROR_MORE_DATA)}},
     {"WNetOpenEnumW", {status(ERROR_NO_NETWORK)}},
     {"WNetUseConnectionW", {status(ERROR_BAD_NETPATH)}},
     {"directory.ADsGetObject", {failed(E_ADS_UNKNOWN_OBJECT)}},
@@ -288,9 +296,9 @@ const FailingFunction functions[] = {
     {"SelectObject", {none(ERROR_INVALID_HANDLE)}},
 
     // Texts and facts
-    {"ExpandEnvironmentStringsW", {none(ERROR_NOT_ENOUGH_MEMORY)}},
+    {"ExpandEnvironmentStringsW", {none(ERROR_NOT_ENOUGH_MEMORY), outgrown(2)}},
     {"FormatMessageW", {none(ERROR_MR_MID_NOT_FOUND)}},
-    {"GetComputerNameExW", {none(ERROR_NO_SUCH_DOMAIN)}},
+    {"GetComputerNameExW", {none(ERROR_NO_SUCH_DOMAIN), none(ERROR_MORE_DATA)}},
     {"GetConsoleOutputCP", {none(ERROR_INVALID_HANDLE)}},
     {"GetUserGeoID", {{.result = allOnes32}}},
     {"GetVersionExA", {none(ERROR_INSUFFICIENT_BUFFER)}},
@@ -301,111 +309,8 @@ const FailingFunction functions[] = {
     {"_getch", {{.result = allOnes32}}},
     {"_wgetenv_s", {{.result = EINVAL}}},
     {"fflush", {{.result = allOnes32}}},
+    {"fputs", {{.result = allOnes32}}},
     {"fwrite", {{}}},
-};
-
-struct Reason {
-    const char* why;
-    std::vector<std::string_view> names;
-};
-
-const Reason reasons[] = {
-    {"gives back and has no result that says more",
-     {"CloseEncryptedFileRaw", "CoTaskMemFree", "CoUninitialize", "DeleteCriticalSection",
-      "DeleteSecurityContext", "FreeADsMem", "FreeContextBuffer", "FreeCredentialsHandle", "GlobalFree",
-      "GlobalUnlock", "LeaveCriticalSection", "LocalFree", "SysFreeString", "VariantClear", "free",
-      "directory.CloseSearchHandle", "directory.FreeColumn"}},
-    {"works on memory that is there",
-     {"CompareStringOrdinal",
-      "EqualSid",
-      "GetSidIdentifierAuthority",
-      "GetSidLengthRequired",
-      "GetSidSubAuthority",
-      "GetSidSubAuthorityCount",
-      "IsValidSid",
-      "PathParseIconLocationW",
-      "StringFromGUID2",
-      "VariantInit",
-      "__stdio_common_vsnprintf_s",
-      "__stdio_common_vsnwprintf_s",
-      "_snprintf_s",
-      "_snwprintf_s",
-      "_stricmp",
-      "_strnicmp",
-      "_wcsicmp",
-      "_wcsnicmp",
-      "iswctype",
-      "lstrcpyW",
-      "lstrlenW",
-      "memchr",
-      "memcmp",
-      "memcpy",
-      "memmove",
-      "memset",
-      "strlen",
-      "strncmp",
-      "strstr",
-      "wcscat_s",
-      "wcschr",
-      "wcscpy_s",
-      "wcslen",
-      "wcsncat_s",
-      "wcsncmp",
-      "wcsncpy_s",
-      "wcsstr",
-      "wsprintfW"}},
-    {"has no failure",
-     {"EnterCriticalSection", "GetACP", "GetCurrentProcess", "GetCurrentProcessId", "GetCurrentThread",
-      "GetCurrentThreadId", "GetLastError", "GetProcessHeap", "GetSystemInfo", "GetSystemTimeAsFileTime",
-      "InitializeCriticalSection", "InitializeCriticalSectionAndSpinCount", "QueryPerformanceCounter",
-      "SetLastError", "Sleep", "_errno", "__acrt_iob_func", "__iob_func"}},
-    {"answers a question, and its no is no failure", {"IsUserAnAdmin"}},
-    {"is called by the compiler's start-up code, while the library loads",
-     {"TlsGetValue", "VirtualProtect", "VirtualQuery", "_amsg_exit", "_initterm", "_lock", "_unlock", "abort",
-      "fputs", "vfprintf",
-      // That of another compiler
-      "__daylight", "__p___argc", "__p___argv", "__p___wargv", "__p__environ", "__p__wenviron",
-      "__stdio_common_vfprintf", "__stdio_common_vfwprintf", "__timezone", "__tzname",
-      "_configure_narrow_argv", "_configure_wide_argv", "_crt_at_quick_exit", "_crt_atexit",
-      "_execute_onexit_table", "_exit", "_initialize_narrow_environment", "_initialize_onexit_table",
-      "_initialize_wide_environment", "_register_onexit_function", "_set_new_mode", "_tzset"}},
-};
-
-struct JavaFunction {
-    std::string_view name;
-    const char* exception;  // null where it cannot fail
-};
-
-constexpr char outOfMemory[] = "java/lang/OutOfMemoryError";
-
-const JavaFunction javaFunctions[] = {
-    {"FindClass", "java/lang/NoClassDefFoundError"},
-    {"GetMethodID", "java/lang/NoSuchMethodError"},
-    {"NewObject", outOfMemory},
-    {"NewString", outOfMemory},
-    {"NewStringUTF", outOfMemory},
-    {"NewByteArray", outOfMemory},
-    {"NewObjectArray", outOfMemory},
-    {"GetStringChars", ""},
-    {"GetStringUTFChars", ""},
-    {"GetByteArrayElements", ""},
-    {"CallVoidMethod", "java/lang/IllegalStateException"},
-    {"CallBooleanMethod", "java/lang/IllegalStateException"},
-    {"CallIntMethod", "java/lang/IllegalStateException"},
-    {"CallObjectMethod", "java/lang/IllegalStateException"},
-    // With references, indices and lengths that are right these cannot fail.
-    {"GetObjectClass", nullptr},
-    {"GetStringLength", nullptr},
-    {"SetByteArrayRegion", nullptr},
-    {"SetObjectArrayElement", nullptr},
-    {"GetDirectBufferAddress", nullptr},
-    {"Throw", nullptr},
-    {"ExceptionOccurred", nullptr},
-    {"ExceptionClear", nullptr},
-    {"DeleteLocalRef", nullptr},
-    {"ReleaseStringChars", nullptr},
-    {"ReleaseStringUTFChars", nullptr},
-    {"ReleaseByteArrayElements", nullptr},
 };
 
 }  // namespace
@@ -422,24 +327,6 @@ bool isTriedAgain(const std::string& name) {
                                           "GetFileAttributesW", "GetFileSecurityW", "MoveFileW",
                                           "SetFileAttributesW", "SetFileSecurityW"};
     return std::ranges::find(names, name) != std::end(names);
-}
-
-const char* reasonNotToFail(const std::string& name) {
-    for (const Reason& reason : reasons) {
-        if (std::ranges::find(reason.names, name) != reason.names.end()) {
-            return reason.why;
-        }
-    }
-    return nullptr;
-}
-
-bool isKnownJavaFunction(const std::string& javaFunction) {
-    return std::ranges::find(javaFunctions, javaFunction, &JavaFunction::name) != std::end(javaFunctions);
-}
-
-const char* exceptionBehindFailure(const std::string& javaFunction) {
-    const auto found = std::ranges::find(javaFunctions, javaFunction, &JavaFunction::name);
-    return found == std::end(javaFunctions) ? nullptr : found->exception;
 }
 
 }  // namespace testbed

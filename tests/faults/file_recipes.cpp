@@ -1,16 +1,16 @@
 // Paths, and files that are opened, read, written and positioned.
 #include "../fileio/preallocation_steps.h"
 #include "../fileio/read_write_fixture.h"
+#include "reasons.h"
 #include "recipe.h"
 
 namespace {
 
 using namespace testbed;
+using namespace testbed::reasons;
 
 constexpr jint readAndWrite = static_cast<jint>(GENERIC_READ | GENERIC_WRITE);
 constexpr char kept[] = "a record whose size cannot be read at open is never freed";
-
-constexpr char shortWrite[] = "how much was written is not looked at: a file takes all or fails";
 
 // A file with content in a folder of its own.
 class FileTest : public WinUtilTest {
@@ -26,9 +26,8 @@ protected:
 
     template <class Call>
     void open(Call&& call) {
-        mustLeak("malloc", kept);
-        mustLeak("CreateFileW", kept);
-        waits("CreateFileW", "a sharing violation is tried again ten times, half a second apart");
+        mustLeak("malloc", 3, kept, {"GetFileSizeEx"});
+        mustLeak("CreateFileW", 1, kept, {"GetFileSizeEx"});
         jlong record = 0;
         examine([&] { return handleText(record = call()); });
         NATIVE(closeFile)(record);
@@ -60,10 +59,9 @@ OPEN_RECIPE(createFileNC__Ljava_lang_String_2III, ofANewFile) {
 
 OPEN_RECIPE(createFileNC__Ljava_lang_String_2IIIJ, preallocated) {
     PreallocationSteps steps(system());
-    const char* reason = "the size is set all the same; only the zeroing of what is beyond it is not spared";
     tolerates({"SetFileValidData", "LookupPrivilegeValueA", "AdjustTokenPrivileges", "OpenProcessToken"},
-              reason);
-    tolerates({"SetFilePointerEx 2"}, "going back to the start is not looked at");
+              "the size is set all the same; only the zeroing of what is beyond it is not spared");
+    tolerates({"SetFilePointerEx 2"}, nothingLeftToDo);
     open([&] {
         return NATIVE(createFileNC__Ljava_lang_String_2IIIJ)(path, readAndWrite, OPEN_EXISTING, 0, 8192);
     });
@@ -71,9 +69,9 @@ OPEN_RECIPE(createFileNC__Ljava_lang_String_2IIIJ, preallocated) {
 
 RECIPE(FileTest, isSupportExtendFileSize, ofAFile) {
     PreallocationSteps steps(system());
-    tolerates({"DeleteFileW", "SetFileAttributesW", "malloc 2"}, "the file of the attempt stays");
-    tolerates({"OpenProcessToken 2", "LookupPrivilegeValueA 2", "AdjustTokenPrivileges 2"},
-              "a privilege that cannot be switched off stays on");
+    tolerates({"DeleteFileW", "SetFileAttributesW", "OpenProcessToken 2", "LookupPrivilegeValueA 2",
+               "AdjustTokenPrivileges 2"},
+              nothingLeftToDo);
     examine([&] { return NATIVE(isSupportExtendFileSize)(path); });
 }
 
@@ -94,7 +92,7 @@ RECIPE(WinUtilTest, isMethodSupported, thatIsThere) {
 RECIPE(ReadWriteTest, write__J_3BII, ofBytes) {
     open("content");
     mayAnswerAnythingBesideAnException();
-    answersInstead("WriteFile", L"32", shortWrite);
+    answersInstead("WriteFile", L"32", shortTransfer);
     examine([&] {
         NATIVE(write__J_3BII)(record, java.byteArray(std::vector<jbyte>(64)), 0, 64);
         return static_cast<jlong>(content().size());
@@ -103,14 +101,14 @@ RECIPE(ReadWriteTest, write__J_3BII, ofBytes) {
 
 RECIPE(ReadWriteTest, read__J_3BII, ofBytes) {
     open("content of a file");
-    answersInstead("ReadFile", L"4", "a short read is answered as such");
+    answersInstead("ReadFile", L"4", shortTransfer);
     examine([&] { return NATIVE(read__J_3BII)(record, java.byteArray(std::vector<jbyte>(8)), 0, 8); });
 }
 
 RECIPE(DirectBufferTest, write__JLjava_nio_ByteBuffer_2III, ofABuffer) {
     open("content");
     mayAnswerAnythingBesideAnException();
-    answersInstead("WriteFile", L"256", shortWrite);
+    answersInstead("WriteFile", L"256", shortTransfer);
     examine([&] {
         write(0, 512);
         return static_cast<jlong>(content().size());
@@ -124,13 +122,13 @@ RECIPE(DirectBufferTest, write__JLjava_nio_ByteBuffer_2III, ofTheEndOfAnUnbuffer
 
 RECIPE(DirectBufferTest, read__JLjava_nio_ByteBuffer_2III, ofABuffer) {
     open("content of a file");
-    answersInstead("ReadFile", L"4", "a short read is answered as such");
+    answersInstead("ReadFile", L"4", shortTransfer);
     examine([&] { return read(0, 8); });
 }
 
 RECIPE(DirectBufferTest, read__JLjava_nio_ByteBuffer_2III, ofAnUnbufferedFile) {
     open(std::string(1024, 'x'), noBuffering);
-    answersInstead("ReadFile", L"256", "a short read is answered as such");
+    answersInstead("ReadFile", L"256", shortTransfer);
     examine([&] { return read(0, 512); });
 }
 
@@ -157,7 +155,6 @@ RECIPE(ReadWriteTest, getFileSize, ofAnOpenFile) {
 
 RECIPE(ReadWriteTest, setFileEndOfFileInfo, ofAnOpenFile) {
     open("content of a file");
-    raisesOtherCode("NtSetInformationFile", "its status is put as the Win32 code of the same meaning");
     examine([&] { return NATIVE(setFileEndOfFileInfo)(record, 4); });
 }
 
@@ -170,8 +167,7 @@ RECIPE(WinUtilTest, closeFile, ofAPreallocatedFile) {
     PreallocationSteps steps(system());
     const jlong record = NATIVE(createFileNC__Ljava_lang_String_2IIIJ)(folder() / L"new", readAndWrite,
                                                                        CREATE_ALWAYS, 0, 8192);
-    tolerates({"SetEndOfFile", "SetFilePointerEx"},
-              "closing tells nobody that the room behind the end stays");
+    tolerates({"SetEndOfFile"}, nothingLeftToDo);
     examine([&] { NATIVE(closeFile)(record); });
 }
 

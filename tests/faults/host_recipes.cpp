@@ -9,11 +9,13 @@
 
 #include "../host/pipe_fixture.h"
 #include "../network/listing_fixture.h"
+#include "reasons.h"
 #include "recipe.h"
 
 namespace {
 
 using namespace testbed;
+using namespace testbed::reasons;
 
 class ConnectionTest : public WinUtilTest {
 protected:
@@ -22,7 +24,7 @@ protected:
 };
 
 RECIPE(ConnectionTest, netUse, ofAShare) {
-    tolerates({"WNetCancelConnectionW"}, "an earlier connection that was not there");
+    tolerates({"WNetCancelConnectionW"}, nothingLeftToDo);
     examine([&] { NATIVE(netUse)(L"user", L"secret", L"\\\\server\\share"); });
 }
 
@@ -39,11 +41,9 @@ protected:
     }
 };
 
-constexpr char leftOut[] = "a container within another is left out";
-
 RECIPE(NetworkTest, getNetUsed, ofAContainerWithinAnother) {
-    leavesOut({"WNetOpenEnumW", "GlobalAlloc", "malloc"}, leftOut);
-    leavesOut({"GetMethodID"}, "an item for which the collector has no method is passed over");
+    leavesOut({"WNetOpenEnumW", "GlobalAlloc"}, leftOut);
+    leavesOut({"GetMethodID"}, noMethod);
     tolerates({"WNetEnumResourceW"}, "any failure but the end is asked again");
     asksForEver("WNetEnumResourceW", "the caller relies on a listing that ends where the system has no more");
     examine([&] { return list(); });
@@ -91,14 +91,13 @@ RECIPE(ConversationTest, connectPipe, withTwoMessages) {
     answersInstead("ReadFile", L"\"one\"", servesAgain);
     answersInstead("WriteFile", L"\"one\"", servesAgain);
     comesWhole("ReadFile", "a message that does not fit comes in parts of its own");
-    tolerates({"FlushFileBuffers", "DisconnectNamedPipe"}, "nothing is left to do");
+    tolerates({"FlushFileBuffers", "DisconnectNamedPipe"}, nothingLeftToDo);
     examine([&] { return NATIVE(connectPipe)(L"\\\\.\\pipe\\x"); });
 }
 
 RECIPE(ConversationTest, sendPipe, thatIsRefused) {
     pipe.reads = {{.bytes = asMessage(L"NO")}};
     comesWhole("ReadFile", "a message that does not fit comes in parts of its own");
-    waits("Sleep", "two seconds between attempts to open a pipe that is not there");
     examine([&] { return NATIVE(sendPipe)(L"\\\\.\\pipe\\x", L"text"); });
 }
 
@@ -106,7 +105,7 @@ RECIPE(ConversationTest, sendPipe, toABusyPipe) {
     pipe.openings = {ERROR_PIPE_BUSY, ERROR_PIPE_BUSY};
     pipe.reads = {{.bytes = asMessage(L"NO"), .code = ERROR_MORE_DATA}, {.bytes = asMessage(L"NO")}};
     comesWhole("ReadFile", "a message that does not fit comes in parts of its own");
-    tolerates({"ReadFile 2"}, "the answer so far stands");
+    tolerates({"ReadFile 2"}, listEnds);
     waits("WaitNamedPipeW", "twenty seconds for a pipe that is busy");
     examine([&] { return NATIVE(sendPipe)(L"\\\\.\\pipe\\x", L"text"); });
 }

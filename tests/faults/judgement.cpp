@@ -1,6 +1,8 @@
 #include "judgement.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 #include "fault_table.h"
 
@@ -34,12 +36,26 @@ std::optional<DWORD> codeIn(const std::wstring& message) {
     return std::nullopt;
 }
 
-template <class Remarks>
-auto remarkAbout(const Remarks& remarks, const std::string& function) {
-    return std::ranges::find(remarks, function, &Remarks::value_type::function);
+// Whether what a recipe says is about this failure.
+bool isAbout(const Promises::Remark& remark, const PlannedFault& planned) {
+    return remark.function == planned.function ||
+           remark.function == planned.function + " with " + planned.codeText() ||
+           remark.function == planned.function + " " + std::to_string(planned.occurrence);
 }
 
-std::string complaintAboutException(const Run& run, const Run& plain, const PlannedFault& planned) {
+// Whether a recipe says something about this failure that is true. It is needed then.
+template <class Remarks, class Condition>
+bool isSaid(Remarks& remarks, const PlannedFault& planned, Condition&& condition) {
+    const auto found = std::ranges::find_if(
+        remarks, [&](const auto& remark) { return isAbout(remark, planned) && condition(remark); });
+    if (found == remarks.end()) {
+        return false;
+    }
+    found->needed = true;
+    return true;
+}
+
+std::string complaintAboutException(Run& run, const Run& plain, const PlannedFault& planned) {
     const Promises& promises = run.promises;
     const Thrown& thrown = run.outcome.thrown;
     const bool allowed = promises.exceptions.contains(thrown.className) || thrown.className == outOfMemory ||
@@ -53,8 +69,8 @@ std::string complaintAboutException(const Run& run, const Run& plain, const Plan
         return "a value beside an exception";
     }
     const std::optional<DWORD> code = codeIn(thrown.message);
-    const bool otherAllowed = remarkAbout(promises.otherCodes, planned.function) != promises.otherCodes.end();
-    if (code && code != planned.code() && code != codeIn(plain.outcome.thrown.message) && !otherAllowed) {
+    if (code && code != planned.code() && code != codeIn(plain.outcome.thrown.message) &&
+        !isSaid(run.promises.otherCodes, planned, [](const auto&) { return true; })) {
         return "the code of something else";
     }
     return "";
@@ -88,35 +104,33 @@ bool isAsTolerated(const Outcome& outcome, const Outcome& plain, const Promises:
     }
 }
 
-bool isTolerated(const Run& run, const Run& plain, const PlannedFault& planned) {
-    const std::string withCode = planned.function + " with " + planned.codeText();
-    const std::string oneCall = planned.function + " " + std::to_string(planned.occurrence);
-    return std::ranges::any_of(run.promises.tolerated, [&](const Promises::Tolerated& tolerated) {
-        const bool concerned = tolerated.function == planned.function || tolerated.function == withCode ||
-                               tolerated.function == oneCall;
-        return concerned && isAsTolerated(run.outcome, plain.outcome, tolerated);
-    });
-}
-
 // What gives something back has done so; what was cut short goes on; a path is tried again in its long form;
-// a privilege that the account does not hold was asked for with success; and what puts a code into words may
-// do so for a message that nobody reads.
+// a privilege that the account does not hold was asked for with success; what puts a code into words may do
+// so for a message that nobody reads; and nobody may be there to read what is printed.
 bool mayGoUnnoticed(const PlannedFault& planned) {
-    return planned.fault &&
-           (planned.function == "FormatMessageW" || planned.fault->way != Fault::Way::refused ||
-            (isTriedAgain(planned.function) && !planned.lasting) ||
-            planned.fault->lastError == DWORD{ERROR_NOT_ALL_ASSIGNED});
+    constexpr std::string_view forReaders[] = {"FormatMessageW", "GetConsoleOutputCP", "fflush", "fputs",
+                                               "fwrite"};
+    return planned.fault && (std::ranges::find(forReaders, planned.function) != std::end(forReaders) ||
+                             planned.fault->way != Fault::Way::refused ||
+                             (isTriedAgain(planned.function) && !planned.lasting) ||
+                             planned.fault->lastError == DWORD{ERROR_NOT_ALL_ASSIGNED});
 }
 
-std::string complaintAboutValue(const Run& run, const Run& plain, const PlannedFault& planned) {
-    if (run.promises.failureValues.contains(run.outcome.value) || isTolerated(run, plain, planned)) {
+std::string complaintAboutValue(Run& run, const Run& plain, const PlannedFault& planned) {
+    if (run.promises.failureValues.contains(run.outcome.value)) {
         return "";
     }
-    if (run.outcome == plain.outcome) {
-        const bool failsAnyhow = !plain.outcome.thrown.className.empty();
-        return failsAnyhow || mayGoUnnoticed(planned) ? "" : "the failure goes unnoticed";
+    const bool failsAnyhow = !plain.outcome.thrown.className.empty();
+    if (run.outcome == plain.outcome && (failsAnyhow || mayGoUnnoticed(planned))) {
+        return "";
     }
-    return "an answer that is no documented failure";
+    if (isSaid(run.promises.tolerated, planned, [&](const Promises::Tolerated& tolerated) {
+            return isAsTolerated(run.outcome, plain.outcome, tolerated);
+        })) {
+        return "";
+    }
+    return run.outcome == plain.outcome ? "the failure goes unnoticed"
+                                        : "an answer that is no documented failure";
 }
 
 }  // namespace
@@ -134,12 +148,31 @@ std::string textOf(const Outcome& outcome) {
     return text;
 }
 
-std::string complaintAbout(const Run& run, const Run& plain, const PlannedFault& planned) {
+std::string complaintAbout(Run& run, const Run& plain, const PlannedFault& planned) {
     if (!run.finished) {
         return "the recipe did not come to its end";
     }
     return run.outcome.thrown.className.empty() ? complaintAboutValue(run, plain, planned)
                                                 : complaintAboutException(run, plain, planned);
+}
+
+std::vector<std::string> complaintsAboutWaits(Run& run, const std::vector<PlannedFault>& faults) {
+    const bool isShared = std::ranges::any_of(faults, [](const PlannedFault& each) {
+        return each.fault && each.fault->lastError == DWORD{ERROR_SHARING_VIOLATION};
+    });
+    std::vector<std::string> complaints;
+    for (const char* function : {"Sleep", "WaitForSingleObject", "WaitNamedPipeW"}) {
+        const auto remark = std::ranges::find(run.promises.waits, function, &Promises::Remark::function);
+        if (!run.systemCalls.contains(function) || (isShared && function == std::string_view("Sleep"))) {
+            continue;
+        }
+        if (remark == run.promises.waits.end()) {
+            complaints.push_back("it waits, by " + std::string(function));
+        } else {
+            remark->needed = true;
+        }
+    }
+    return complaints;
 }
 
 }  // namespace testbed

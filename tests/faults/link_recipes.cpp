@@ -1,13 +1,13 @@
 // Junctions, symbolic links and encrypted files.
 #include "../filesystem/encrypted_files/raw_files.h"
 #include "../filesystem/links/reparse_disk.h"
+#include "reasons.h"
 #include "recipe.h"
 
 namespace {
 
 using namespace testbed;
-
-constexpr char formOfPath[] = "it only decides between the forms of a path";
+using namespace testbed::reasons;
 
 class LinkTest : public WinUtilTest {
 protected:
@@ -41,7 +41,6 @@ RECIPE(LinkTest, getLinkTarget, ofAJunction) {
 
 RECIPE(LinkTest, getLinkType, ofALink) {
     tolerates({"GetFileAttributesExW"}, formOfPath);
-    answersInstead("GetFileAttributesW", L"18", "of attributes that cannot be read every bit counts as set");
     examine([&] { return NATIVE(getLinkType)(L"C:\\filelink"); });
 }
 
@@ -57,10 +56,9 @@ RECIPE(LinkTest, isDirectoryJunction, ofAJunction) {
 
 RECIPE(LinkTest, WinFile, ofALink) {
     for (const char* function : {"CreateFileW", "DeviceIoControl"}) {
-        answersInstead(function, L"C:\\junction 0", "a link that cannot be read comes as a plain directory");
+        answersInstead(function, L"C:\\junction 0", comesEmpty);
     }
-    answersInstead("GetMethodID", L"an older record",
-                   "a Java side without the newer constructor has the older one");
+    answersInstead("GetMethodID", L"an older record", standsIn);
     examine([&] {
         const JavaObject record = NATIVE(WinFile)(L"C:\\junction", false, false);
         if (record && record.arguments().size() != 8) {
@@ -112,9 +110,7 @@ RECIPE(RawTest, interruptEncryptFile, withNoneUnderWay) {
 RECIPE(RawTest, writeEncryptFile, fromAStream) {
     const jlong context = NATIVE(openEncryptFile)(L"C:\\secret", CREATE_FOR_IMPORT);
     mayAnswerAnythingBesideAnException();
-    // What the native copy of each block costs is known; how many there are depends on where it failed.
-    java.keepUnreleased("GetByteArrayElements");
-    mustLeak("GetByteArrayElements", "the native copy of every block of an import is kept for good");
+    alwaysKeeps("GetByteArrayElements", "the native copy of every block of an import is kept for good");
     examine([&] { return NATIVE(writeEncryptFile)(context, input); });
     NATIVE(closeEncryptFile)(context);
 }

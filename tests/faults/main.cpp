@@ -6,6 +6,9 @@
 int main(int argc, char** argv) {
     ::testing::InitGoogleMock(&argc, argv);
     testbed::installWatchdog();
+    if (testbed::examinedForParent(argc, argv)) {
+        return 0;
+    }
     testbed::registerRecipes();
     return RUN_ALL_TESTS();
 }

@@ -1,4 +1,6 @@
-// Performs recipes with each of their calls failing, judges what came of it, and keeps the account.
+// Has every recipe performed with each of its calls failing, and keeps the account. Each recipe is examined
+// in a process of its own: what crashes or hangs there is a violation, and the next case goes on in another
+// process.
 #pragma once
 
 #include <map>
@@ -10,13 +12,11 @@
 
 namespace testbed {
 
-// How much fails: every call of a recipe once; or, with each of these failing, every call of what then
-// happens as well.
-enum class Extent { single, pairs };
-Extent extentWanted();
-
 // Makes every recipe a test of its own. To be called once, before the tests run.
 void registerRecipes();
+
+// Whether this process examines one recipe for another process; it has done so then.
+bool examinedForParent(int argc, char** argv);
 
 class FaultMatrix {
 public:
@@ -28,17 +28,20 @@ public:
     // The account, on the standard output and in faults.txt.
     void report() const;
 
-    // The functions that some recipe called so far.
-    const std::set<std::string>& called() const { return called_; }
-
 private:
-    using Faults = std::vector<PlannedFault>;
+    // What came of one recipe.
+    struct Account {
+        std::size_t cases = 0;
+        std::string lastCase;
+        std::set<std::string> remarks;  // a reason and, behind a tab, a function
+        std::set<std::string> needed;
+        bool begun = false;
+        bool ended = false;
+    };
 
-    Run perform(const Recipe& recipe, const Faults& faults);
-    // The last of the faults is judged by what happens without it, `before`.
-    Run judgeCase(const Recipe& recipe, const Run& plain, const Run& before, const Faults& faults);
-    void judgeFollowers(const Recipe& recipe, const Run& plain, const PlannedFault& first, const Run& before);
-    void keepRemarks(const Recipe& recipe, const Promises& promises);
+    void examineInAnotherProcess(const Recipe& recipe, Account& account);
+    void keep(const Recipe& recipe, Account& account, const std::string& kind, const std::string& text);
+    void keepRemarks(const Recipe& recipe, const Account& account, bool complete);
     void violation(const Recipe& recipe, const std::string& text);
 
     std::set<std::string> methods_;
@@ -54,7 +57,6 @@ private:
         std::set<std::string> methods;
     };
     std::map<std::string, Remark> remarks_;
-    std::set<std::string> called_;
 };
 
 }  // namespace testbed

@@ -1,10 +1,12 @@
 // Methods called with arguments that lead nowhere, on the system as it is: what is asked for is not there, or
 // is none of it.
+#include "reasons.h"
 #include "recipe.h"
 
 namespace {
 
 using namespace testbed;
+using namespace testbed::reasons;
 
 class Nowhere : public AnyMethodTest {
 protected:
@@ -95,7 +97,7 @@ NOWHERE(getVolumeName)
 NOWHERE(isNTFSVolume)
 
 RECIPE(WinUtilTest, getSystemVolumeDriveLetter, ofTheSystem) {
-    answersInstead("MultiByteToWideChar", L"\"\"", "a text that does not convert comes empty");
+    answersInstead("MultiByteToWideChar", L"\"\"", comesEmpty);
     examine([&] { return NATIVE(getSystemVolumeDriveLetter)(); });
 }
 
@@ -118,15 +120,13 @@ NOWHERE(createEventLog)
 NOWHERE(getEnv)
 NOWHERE(getSHfolderPath)
 
-constexpr char unknownVersion[] = "a system that does not say its version is taken for version 0.0";
-
 RECIPE(WinUtilTest, getMajorVersion, ofTheSystem) {
-    answersInstead("GetVersionExA", L"0", unknownVersion);
+    answersInstead("GetVersionExA", L"0", comesEmpty);
     examine([&] { return NATIVE(getMajorVersion)(); });
 }
 
 RECIPE(WinUtilTest, getMinorVersion, ofTheSystem) {
-    answersInstead("GetVersionExA", L"0", unknownVersion);
+    answersInstead("GetVersionExA", L"0", comesEmpty);
     examine([&] { return NATIVE(getMinorVersion)(); });
 }
 

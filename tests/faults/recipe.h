@@ -2,6 +2,7 @@
 // and again, each time in a fixture of its own and each time with another of its calls failing.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <optional>
@@ -41,11 +42,14 @@ struct PlannedFault {
 // What a recipe says of its outcomes, beside what its method documents.
 struct Promises {
     struct Remark {
+        // As in "CoInitializeEx"; one way of its failing, "CoInitializeEx with 0x80010106"; or one call of
+        // it, "SetFilePointerEx 2".
         std::string function;
         std::string reason;
+        bool needed = false;  // for something to be as it must be
     };
     // A failure that no caller hears of.
-    struct Tolerated {
+    struct Tolerated : Remark {
         enum class Outcome {
             asEver,  // as if nothing had failed
             less,    // the same answer, with some of what collectors are handed left out
@@ -54,24 +58,46 @@ struct Promises {
             any,
         };
 
-        // As in "CoInitializeEx"; one way of its failing, "CoInitializeEx with 0x80010106"; or one call of
-        // it, "SetFilePointerEx 2".
-        std::string function;
-        std::string reason;
         Outcome outcome = Outcome::asEver;
         std::wstring value = {};
     };
 
     std::set<std::string> exceptions;
     std::set<std::wstring> failureValues;
+    // What stays behind a failure.
+    struct Leak : Remark {
+        std::size_t most = 1;
+        std::set<std::string> behind = {};  // the functions that fail; none for any
+        bool always = false;                // also when nothing fails
+        std::size_t found = 0;
+    };
+
     std::vector<Tolerated> tolerated;
-    std::vector<Remark> leaks;
+    std::vector<Leak> leaks;
+    std::vector<Leak> foreign;  // what is given back without having been taken
     std::vector<Remark> waits;
     std::vector<Remark> otherCodes;
     std::vector<Remark> endless;  // what is asked again for as long as it fails
     std::vector<Remark> whole;    // what never comes short
     bool anyValueBesideException = false;
 };
+
+// Visits what a recipe says, with the kind of each.
+template <class Visit>
+void forEachRemark(const Promises& promises, Visit&& visit) {
+    const auto visitAll = [&](const char* kind, const auto& remarks) {
+        for (const auto& each : remarks) {
+            visit(kind, each);
+        }
+    };
+    visitAll("tolerated", promises.tolerated);
+    visitAll("required leak", promises.leaks);
+    visitAll("required leak", promises.foreign);
+    visitAll("wait", promises.waits);
+    visitAll("other code", promises.otherCodes);
+    visitAll("asked again without limit", promises.endless);
+    visitAll("never short", promises.whole);
+}
 
 // One performance.
 struct Run {
@@ -183,34 +209,43 @@ protected:
     void tolerates(std::initializer_list<const char*> functions, const char* reason,
                    Tolerance outcome = Tolerance::asEver) {
         for (const char* function : functions) {
-            promises().tolerated.push_back({function, reason, outcome});
+            say(promises().tolerated, function, reason).outcome = outcome;
         }
     }
     void leavesOut(std::initializer_list<const char*> functions, const char* reason) {
         tolerates(functions, reason, Tolerance::less);
     }
     void answersInstead(const char* function, const std::wstring& value, const char* reason) {
-        promises().tolerated.push_back({function, reason, Tolerance::given, value});
+        Promises::Tolerated& made = say(promises().tolerated, function, reason);
+        made.outcome = Tolerance::given;
+        made.value = value;
     }
     // Java never sees it.
     void mayAnswerAnythingBesideAnException() { promises().anyValueBesideException = true; }
-    // A call that gives back what was never taken, and is required to.
-    void givesBackWhatIsNone(const char* function, const char* reason) {
-        Fixture::ledger().allowUnknown(function);
-        promises().leaks.push_back({function, reason});
+    // What some functions take is required to stay when another fails, or in any case.
+    void mustLeak(const char* function, std::size_t most, const char* reason,
+                  const std::set<std::string>& behind = {}) {
+        Promises::Leak& made = say(promises().leaks, function, reason);
+        made.most = most;
+        made.behind = behind;
     }
-    void comesWhole(const char* function, const char* reason) {
-        promises().whole.push_back({function, reason});
+    void alwaysLeaks(const char* function, const char* reason) {
+        say(promises().leaks, function, reason).always = true;
     }
-    void mustLeak(const char* function, const char* reason) {
-        promises().leaks.push_back({function, reason});
+    // The same of a function of the Java environment, however often it is called.
+    void alwaysKeeps(const char* javaFunction, const char* reason) {
+        Fixture::java.keepUnreleased(javaFunction);
+        say(promises().leaks, javaFunction, reason).needed = true;
     }
-    void waits(const char* function, const char* reason) { promises().waits.push_back({function, reason}); }
-    void asksForEver(const char* function, const char* reason) {
-        promises().endless.push_back({function, reason});
+    // A call that is required to give back what was never taken, when another fails.
+    void givesBackWhatIsNone(const char* function, const char* reason, const std::set<std::string>& behind) {
+        say(promises().foreign, function, reason).behind = behind;
     }
+    void comesWhole(const char* function, const char* reason) { say(promises().whole, function, reason); }
+    void waits(const char* function, const char* reason) { say(promises().waits, function, reason); }
+    void asksForEver(const char* function, const char* reason) { say(promises().endless, function, reason); }
     void raisesOtherCode(const char* function, const char* reason) {
-        promises().otherCodes.push_back({function, reason});
+        say(promises().otherCodes, function, reason);
     }
 
     static std::wstring textOf(const std::wstring& value) { return value; }
@@ -239,6 +274,14 @@ private:
 
     Promises& promises() { return run_->promises; }
 
+    template <class Remarks>
+    static auto& say(Remarks& remarks, const char* function, const char* reason) {
+        auto& made = remarks.emplace_back();
+        made.function = function;
+        made.reason = reason;
+        return made;
+    }
+
     std::vector<Replacement> place() {
         std::vector<Replacement> placed;
         for (const PlannedFault& each : planned_) {
@@ -252,17 +295,33 @@ private:
         return placed;
     }
 
+    bool isToLeak(const Promises::Leak& leak) const {
+        return leak.always || std::ranges::any_of(planned_, [&](const PlannedFault& each) {
+                   return leak.behind.empty() || leak.behind.contains(each.function);
+               });
+    }
+
     // Leaks that are required stand in the ledger as such; a real handle among them is the test's to close.
     void settleLeaks() {
         for (const Holding& holding : Fixture::ledger().left()) {
-            for (const Promises::Remark& leak : promises().leaks) {
-                if (leak.function == holding.takenBy) {
-                    Fixture::ledger().expectLeft(holding.takenBy);
-                    if (holding.kind == Kind::handle && !Ledger::isFake(holding.value)) {
-                        CloseHandle(reinterpret_cast<HANDLE>(holding.value));
-                    }
-                    break;
-                }
+            const auto leak = std::ranges::find_if(promises().leaks, [&](const Promises::Leak& each) {
+                return each.function == holding.takenBy && isToLeak(each) && each.found < each.most;
+            });
+            if (leak == promises().leaks.end()) {
+                continue;
+            }
+            ++leak->found;
+            leak->needed = true;
+            Fixture::ledger().expectLeft(holding.takenBy);
+            if (holding.kind == Kind::handle && !Ledger::isFake(holding.value)) {
+                CloseHandle(reinterpret_cast<HANDLE>(holding.value));
+            }
+        }
+        for (Promises::Leak& each : promises().foreign) {
+            if (isToLeak(each)) {
+                const std::size_t complaints = Fixture::ledger().complaints().size();
+                Fixture::ledger().allowUnknown(each.function);
+                each.needed = Fixture::ledger().complaints().size() != complaints;
             }
         }
     }

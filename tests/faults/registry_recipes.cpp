@@ -1,16 +1,15 @@
 // Keys, values and hives of the registry.
 #include "../registry/registry_fixture.h"
+#include "reasons.h"
 #include "recipe.h"
 
 namespace {
 
 using namespace std::string_literals;
 using namespace testbed;
+using namespace testbed::reasons;
 
 const std::wstring user = L"HKEY_CURRENT_USER";
-
-constexpr char ownView[] = "the view of a 64-bit process is the same";
-constexpr char noBetterText[] = "a name or text that does not convert comes empty";
 
 class ValueTest : public RegistryTest {
 protected:
@@ -35,22 +34,22 @@ SETTING(setRegistryMultiString, L"one;two")
 SETTING(setRegistryBinary, java.byteArray({1, 2, 3}), 0, 3)
 
 RECIPE(ValueTest, getRegistryDWORD, ofANumber) {
-    tolerates({"IsWow64Process"}, ownView);
+    tolerates({"IsWow64Process"}, standsIn);
     examine([&] { return NATIVE(getRegistryDWORD)(pathOf(L"number")); });
 }
 
 RECIPE(ValueTest, getRegistryString, ofAText) {
-    tolerates({"IsWow64Process"}, ownView);
+    tolerates({"IsWow64Process"}, standsIn);
     examine([&] { return NATIVE(getRegistryString)(pathOf(L"text")); });
 }
 
 RECIPE(ValueTest, getRegistryBinary, ofBytes) {
-    tolerates({"IsWow64Process"}, ownView);
+    tolerates({"IsWow64Process"}, standsIn);
     examine([&] { return NATIVE(getRegistryBinary)(pathOf(L"bytes")); });
 }
 
 RECIPE(ValueTest, getRegistryValueString, ofAText) {
-    tolerates({"IsWow64Process"}, ownView);
+    tolerates({"IsWow64Process"}, standsIn);
     examine([&] { return NATIVE(getRegistryValueString)(user + L"\\" + keyPath(), L"text"); });
 }
 
@@ -73,24 +72,20 @@ protected:
     Replacement unload_ = system().answer("RegUnLoadKeyW", ERROR_SUCCESS);
 };
 
-constexpr char withoutPrivilege[] = "the system says itself whether the privilege was missing";
-
 RECIPE(HiveTest, loadRegistry, ofAFile) {
-    tolerates({"AdjustTokenPrivileges", "LookupPrivilegeValueA", "OpenProcessToken"}, withoutPrivilege);
     examine([&] { return NATIVE(loadRegistry)(L"HKEY_USERS", L"WinUtilFaults", L"C:\\hive"); });
 }
 
 RECIPE(HiveTest, unloadRegistry, ofAKey) {
-    tolerates({"AdjustTokenPrivileges", "LookupPrivilegeValueA", "OpenProcessToken"}, withoutPrivilege);
     examine([&] { return NATIVE(unloadRegistry)(L"HKEY_USERS", L"WinUtilFaults"); });
 }
 
 RECIPE(ValueTest, listRegistry, ofAKey) {
-    tolerates({"IsWow64Process"}, ownView);
-    tolerates({"MultiByteToWideChar"}, noBetterText, Tolerance::any);
+    tolerates({"IsWow64Process"}, standsIn);
+    tolerates({"MultiByteToWideChar"}, comesEmpty, Tolerance::any);
     leavesOut({"RegOpenKeyExA", "RegQueryInfoKeyA", "RegEnumKeyExA", "RegEnumValueA", "RegQueryValueExA"},
-              "what cannot be read is left out");
-    leavesOut({"GetMethodID"}, "an item for which the collector has no method is passed over");
+              leftOut);
+    leavesOut({"GetMethodID"}, noMethod);
     makeSubkey(L"a key");
     put(L"list", REG_MULTI_SZ, bytesOf(L"one\0two\0\0"s));
     Collector collector(java);

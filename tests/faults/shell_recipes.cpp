@@ -1,16 +1,15 @@
 // Shortcuts, libraries and their icons.
 #include "../filesystem/shell/shell_fixture.h"
+#include "reasons.h"
 #include "recipe.h"
 
 namespace {
 
 using namespace testbed;
-
-constexpr char anyModel[] = "the thread has COM in another model, which will do";
+using namespace testbed::reasons;
 
 RECIPE(WinUtilTest, isShortcut, thatIsOne) {
-    tolerates({"CreateFileW", "GetFileAttributesExW", "GetFileAttributesW"},
-              "what is not known to be a link is the shell's to judge");
+    tolerates({"CreateFileW", "GetFileAttributesExW", "GetFileAttributesW"}, nextDecides);
     const auto shell =
         REPLACE(SHGetFileInfoW, [](LPCWSTR, DWORD, SHFILEINFOW* info, UINT, UINT) -> DWORD_PTR {
             info->dwAttributes = SFGAO_LINK;
@@ -54,8 +53,8 @@ protected:
 
 RECIPE(IconTest, getLibraryIcon, ofALibrary) {
     tolerates({"CoInitializeEx with 0x80010106"}, anyModel);
-    tolerates({"SelectObject 3", "SelectObject 4"}, "what is put back last");
-    tolerates({"IShellLibrary.GetIcon"}, "without an icon of its own a library has the usual one");
+    tolerates({"SelectObject 3", "SelectObject 4"}, nothingLeftToDo);
+    tolerates({"IShellLibrary.GetIcon"}, standsIn);
     examine([&] { return NATIVE(getLibraryIcon)(L"C:\\a.library-ms"); });
 }
 
@@ -65,9 +64,8 @@ RECIPE(WinUtilTest, searchPathFromLibrary, ofASystemFile) {
 
 RECIPE(WinUtilTest, getSystemExcludeFolders, ofThisSystem) {
     const JavaObject folders1 = java.list();
-    leavesOut({"SHGetFolderPathW", "_wgetenv_s", "GetVersionExA"},
-              "a folder that this system does not have is left out");
-    leavesOut({"GetMethodID"}, "an item for which the collector has no method is passed over");
+    leavesOut({"SHGetFolderPathW", "GetVersionExA"}, leftOut);
+    leavesOut({"GetMethodID"}, noMethod);
     examine([&] { NATIVE(getSystemExcludeFolders)(folders1); });
     noteElements(folders1);
 }

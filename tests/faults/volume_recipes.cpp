@@ -6,11 +6,13 @@
 
 #include "../volume/disk_serials_fixture.h"
 #include "../volume/volume_fixture.h"
+#include "reasons.h"
 #include "recipe.h"
 
 namespace {
 
 using namespace testbed;
+using namespace testbed::reasons;
 
 class MachineTest : public VolumeTest {
 protected:
@@ -23,25 +25,18 @@ protected:
     JavaObject volumes = java.list();
 };
 
-constexpr char noMethod[] = "an item for which the collector has no method is passed over";
-constexpr char printedOnly[] = "the end of the listing is printed, and nobody told";
-constexpr char byItsName[] = "a volume without a drive letter is listed by its name";
-
 RECIPE(MachineTest, listPartitions, ofTwoVolumes) {
-    leavesOut({"FindFirstVolumeW", "FindNextVolumeW"}, printedOnly);
-    tolerates({"fwrite", "fflush", "WideCharToMultiByte", "GetConsoleOutputCP"},
-              "a line that cannot be printed");
+    leavesOut({"FindFirstVolumeW", "FindNextVolumeW"}, listEnds);
     leavesOut({"GetMethodID"}, noMethod);
-    tolerates({"GetVolumePathNamesForVolumeNameW", "malloc", "calloc"}, byItsName, Tolerance::any);
+    tolerates({"GetVolumePathNamesForVolumeNameW", "malloc", "calloc"}, standsIn, Tolerance::any);
     examine([&] { NATIVE(listPartitions)(volumes); });
     noteElements(volumes);
 }
 
 RECIPE(MachineTest, listNTFSPartitions, ofADisk) {
-    tolerates({"GetVolumePathNamesForVolumeNameW", "malloc", "calloc"}, byItsName, Tolerance::any);
+    tolerates({"GetVolumePathNamesForVolumeNameW", "malloc", "calloc"}, standsIn, Tolerance::any);
     leavesOut({"GetMethodID"}, noMethod);
-    leavesOut({"CreateFileW 2", "CreateFileW 3", "DeviceIoControl 2", "DeviceIoControl 3"},
-              "a volume that does not say which disk it is on is on another");
+    leavesOut({"CreateFileW 2", "DeviceIoControl 2", "DeviceIoControl 3"}, leftOut);
     examine([&] { NATIVE(listNTFSPartitions)(L"\\\\.\\PhysicalDrive3", volumes); });
     noteElements(volumes);
 }
@@ -84,14 +79,10 @@ class SerialsTest : public RecipeOn<DiskSerials> {
 protected:
     void ask() {
         systemDisk = 1;
-        tolerates({"CoInitializeEx with 0x80010106"}, "the thread has COM in another model, which will do");
-        leavesOut({"CreateFileA", "DeviceIoControl", "GetWindowsDirectoryA"},
-                  "a drive that does not answer is no system disk, and has no serial number");
-        leavesOut({"IEnumWbemClassObject.Next"}, "the objects end where WMI ends them");
-        tolerates(
-            {"IWbemClassObject.Get", "WideCharToMultiByte"},
-            "a disk without a name is left out, and a serial number that WMI does not say is the drive's",
-            Tolerance::any);
+        tolerates({"CoInitializeEx with 0x80010106"}, anyModel);
+        leavesOut({"CreateFileA", "DeviceIoControl", "GetWindowsDirectoryA"}, leftOut);
+        leavesOut({"IEnumWbemClassObject.Next"}, listEnds);
+        tolerates({"IWbemClassObject.Get", "WideCharToMultiByte"}, comesEmpty, Tolerance::any);
         leavesOut({"GetMethodID"}, noMethod);
         examine([&] { list(); });
         for (const Disk& each : disks) {

@@ -58,6 +58,16 @@ struct Slot {
     static const void* decide(void* slot, std::uint64_t* arguments, std::uint64_t* result) noexcept;
 };
 
+// Halves what a call asks for. A question for a size, which asks for nothing, stays one.
+void cut(std::uint64_t& argument, bool isPointer) {
+    const auto half = [](DWORD asked) { return asked > 1 ? asked / 2 : asked; };
+    if (!isPointer) {
+        argument = half(static_cast<DWORD>(argument));
+    } else if (auto* asked = reinterpret_cast<DWORD*>(argument); asked != nullptr) {
+        *asked = half(*asked);
+    }
+}
+
 // Says where the call goes; null means nowhere, with the result filled in.
 const void* Slot::decide(void* slot, std::uint64_t* arguments, std::uint64_t* result) noexcept {
     DWORD lastError = GetLastError();
@@ -65,8 +75,7 @@ const void* Slot::decide(void* slot, std::uint64_t* arguments, std::uint64_t* re
     ++self.count;
     auto [behaviour, fault] = self.owner->choose(self, arguments);
     if (fault && fault->way == Fault::Way::cut) {
-        std::uint64_t& asked = arguments[fault->cutArgument];
-        asked = std::max<DWORD>(static_cast<DWORD>(asked) / 2, 1);
+        cut(arguments[fault->cutArgument], fault->cutBehindPointer);
         fault.reset();
     }
     const void* target = self.real;

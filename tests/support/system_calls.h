@@ -54,7 +54,8 @@ struct Fault {
     Way way = Way::refused;
     std::uint64_t result = 0;
     std::optional<DWORD> lastError = {};
-    std::size_t cutArgument = 0;  // which argument says how much is asked for
+    std::size_t cutArgument = 0;    // which argument says how much is asked for
+    bool cutBehindPointer = false;  // or leads to a DWORD that does
 };
 
 namespace detail {

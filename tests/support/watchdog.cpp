@@ -21,8 +21,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int exitCodeOfCrash = 3;
-constexpr int exitCodeOfHang = 4;
 constexpr DWORD pollMilliseconds = 250;
 
 // Ticks of the clock at which the running test is late; 0 while none runs.
@@ -46,7 +44,7 @@ std::string quoted(const std::string& text) {
 std::string runningTest() {
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
     if (test == nullptr) {
-        return "no test";
+        return caseName[0] == '\0' ? "no test" : caseName;
     }
     const std::string name = std::string(test->test_suite_name()) + "." + test->name();
     return caseName[0] == '\0' ? name : name + " (" + caseName + ")";

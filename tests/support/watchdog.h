@@ -8,6 +8,10 @@ namespace testbed {
 
 constexpr std::chrono::seconds defaultTimeLimit{60};
 
+// With which a program ends that crashed or hung.
+constexpr int exitCodeOfCrash = 3;
+constexpr int exitCodeOfHang = 4;
+
 // To be called once, after the test framework has read its arguments.
 void installWatchdog();
 

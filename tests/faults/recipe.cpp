@@ -1,0 +1,53 @@
+#include "recipe.h"
+
+#include "text.h"
+
+namespace testbed {
+
+std::vector<Recipe>& recipes() {
+    static std::vector<Recipe> all;
+    return all;
+}
+
+std::map<std::string, std::size_t> callsBetween(const std::map<std::string, std::size_t>& before,
+                                                const std::map<std::string, std::size_t>& after) {
+    std::map<std::string, std::size_t> calls;
+    for (const auto& [function, count] : after) {
+        const auto earlier = before.find(function);
+        const std::size_t made = count - (earlier == before.end() ? 0 : earlier->second);
+        if (made != 0) {
+            calls.emplace(function, made);
+        }
+    }
+    return calls;
+}
+
+std::string PlannedFault::name() const {
+    std::string text = function + " " + std::to_string(occurrence) + (lasting ? " and later" : "");
+    if (!fault) {
+        return text;
+    }
+    if (fault->way == Fault::Way::cut) {
+        return text + " cut short";
+    }
+    return text + " with " + codeText();
+}
+
+std::string PlannedFault::codeText() const {
+    if (!fault) {
+        return "";
+    }
+    return hex(fault->lastError && *fault->lastError != 0 ? *fault->lastError : fault->result);
+}
+
+std::optional<DWORD> PlannedFault::code() const {
+    if (!fault) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+    if (fault->lastError) {
+        return fault->lastError;
+    }
+    return static_cast<DWORD>(fault->result);
+}
+
+}  // namespace testbed
