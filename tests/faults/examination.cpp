@@ -38,7 +38,7 @@ std::vector<std::string> complaintsOf(Body&& body) {
 }  // namespace
 
 Examination::Examination(const Recipe& recipe, const std::wstring& journalFile, std::size_t skipped)
-    : recipe_(recipe), journal_(std::filesystem::path(journalFile)), skipped_(skipped) {}
+    : recipe_(recipe), journal_(std::filesystem::path(journalFile), std::ios::binary), skipped_(skipped) {}
 
 void Examination::write(const char* kind, const std::string& text) {
     journal_ << kind << ' ' << text << std::endl;
@@ -138,9 +138,10 @@ void Examination::examineCase(const Run& plain, const Faults& faults) {
 }
 
 void Examination::run() {
+    write(journal::begin, "");
     Run plain = perform({});
-    for (const auto& [function, count] : plain.systemCalls) {
-        write(journal::called, function);
+    for (const std::uintptr_t site : plain.callSites) {
+        write(journal::callSite, std::to_string(site));
     }
     for (const std::string& complaint : plain.complaints) {
         write(journal::violation, "with nothing failing: " + complaint);

@@ -16,9 +16,10 @@ namespace testbed {
 
 // The kinds of lines in a journal; the rest of a line is a text of that kind.
 namespace journal {
+inline constexpr char begin[] = "begin";
 inline constexpr char testCase[] = "case";  // it begins
 inline constexpr char violation[] = "violation";
-inline constexpr char called[] = "called";  // a function of the system, without a failure
+inline constexpr char callSite[] = "site";  // where a call comes from when nothing fails
 inline constexpr char remark[] = "remark";  // the recipe says so
 inline constexpr char needed[] = "needed";  // and a case needs it
 inline constexpr char end[] = "end";

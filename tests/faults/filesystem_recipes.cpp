@@ -45,8 +45,8 @@ protected:
         tolerates({"GetMethodID"}, noMethod, Tolerance::any);
         if (security) {
             leavesOut({"GetVolumePathNameW", "GetVolumeInformationW"}, comesEmpty);
-            tolerates({"GetFileSecurityW", "ConvertSecurityDescriptorToStringSecurityDescriptorW", "malloc"},
-                      comesEmpty, withListener ? Tolerance::sameValue : Tolerance::less);
+            tolerates({"GetFileSecurityW", "malloc"}, comesEmpty,
+                      withListener ? Tolerance::sameValue : Tolerance::less);
         }
         const auto take = [this](const std::wstring& path) { note(path + L" with security"); };
         const JavaObject receiver = collector(take);
@@ -58,6 +58,14 @@ protected:
     }
 };
 
+class Recipe_listWinFiles_withUnreadableSecurity final : public TreeRecipe {
+    void perform() override {
+        const auto refused = system().answer("GetFileSecurityW", FALSE, ERROR_ACCESS_DENIED);
+        const auto refusedAgain = system().answer("GetNamedSecurityInfoW", ERROR_ACCESS_DENIED);
+        tolerates({"FormatMessageW"}, comesEmpty, Tolerance::sameValue);
+        list(true, true, true);
+    }
+};
 class Recipe_listWinFiles_plain final : public TreeRecipe {
     void perform() override { list(false, false, false); }
 };
@@ -65,14 +73,21 @@ class Recipe_listWinFiles_withAttributes final : public TreeRecipe {
     void perform() override { list(false, true, false); }
 };
 class Recipe_listWinFiles_withSecurity final : public TreeRecipe {
-    void perform() override { list(true, true, true); }
+    void perform() override {
+        tolerates({"ConvertSecurityDescriptorToStringSecurityDescriptorW"}, comesEmpty, Tolerance::sameValue);
+        list(true, true, true);
+    }
 };
 class Recipe_listWinFiles_withSecurityUntold final : public TreeRecipe {
-    void perform() override { list(true, true, false); }
+    void perform() override {
+        tolerates({"ConvertSecurityDescriptorToStringSecurityDescriptorW"}, comesEmpty, Tolerance::less);
+        list(true, true, false);
+    }
 };
 [[maybe_unused]] const bool listingsAdded =
     addRecipe<Recipe_listWinFiles_plain>("listWinFiles", "plain") &&
     addRecipe<Recipe_listWinFiles_withAttributes>("listWinFiles", "withAttributes") &&
+    addRecipe<Recipe_listWinFiles_withUnreadableSecurity>("listWinFiles", "withUnreadableSecurity") &&
     addRecipe<Recipe_listWinFiles_withSecurity>("listWinFiles", "withSecurity") &&
     addRecipe<Recipe_listWinFiles_withSecurityUntold>("listWinFiles", "withSecurityUntold");
 

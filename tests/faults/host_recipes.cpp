@@ -60,19 +60,31 @@ RECIPE(WinUtilTest, getUserByNetUsedPath, ofAShare) {
     examine([&] { return NATIVE(getUserByNetUsedPath)(L"U:"); });
 }
 
-RECIPE(WinUtilTest, getUNC, ofADrive) {
-    const auto known =
-        REPLACE(WNetGetUniversalNameW, [](LPCWSTR, DWORD, LPVOID buffer, LPDWORD size) -> DWORD {
-            constexpr wchar_t name[] = L"\\\\server\\share\\x";
-            if (*size < sizeof(REMOTE_NAME_INFOW) + sizeof(name)) {
-                *size = sizeof(REMOTE_NAME_INFOW) + sizeof(name);
+// A drive whose name in the network fits into the buffer of the first look, or does not.
+class UniversalNameTest : public WinUtilTest {
+protected:
+    Replacement known_ =
+        REPLACE(WNetGetUniversalNameW, [this](LPCWSTR, DWORD, LPVOID buffer, LPDWORD size) -> DWORD {
+            const std::size_t bytes = (name.size() + 1) * sizeof(wchar_t);
+            if (*size < sizeof(REMOTE_NAME_INFOW) + bytes) {
+                *size = static_cast<DWORD>(sizeof(REMOTE_NAME_INFOW) + bytes);
                 return ERROR_MORE_DATA;
             }
             auto* information = static_cast<REMOTE_NAME_INFOW*>(buffer);
             information->lpUniversalName = reinterpret_cast<wchar_t*>(information + 1);
-            std::memcpy(information->lpUniversalName, name, sizeof(name));
+            std::memcpy(information->lpUniversalName, name.c_str(), bytes);
             return NO_ERROR;
         });
+    std::wstring name = L"\\\\server\\share\\x";
+};
+
+RECIPE(UniversalNameTest, getUNC, ofADrive) {
+    mayAnswer(L"\"U:\\x\"");
+    examine([&] { return NATIVE(getUNC)(L"U:\\x"); });
+}
+
+RECIPE(UniversalNameTest, getUNC, ofALongName) {
+    name += std::wstring(3000, L'y');
     mayAnswer(L"\"U:\\x\"");
     examine([&] { return NATIVE(getUNC)(L"U:\\x"); });
 }

@@ -6,12 +6,15 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <stdexcept>
+#include <sstream>
 
+#include "call_sites.h"
 #include "examination.h"
+#include "fault_table.h"
 #include "temp_folder.h"
 #include "text.h"
 #include "watchdog.h"
+#include "winutil_fixture.h"
 
 namespace testbed {
 
@@ -48,7 +51,9 @@ DWORD exitCodeOf(const std::wstring& arguments) {
     std::cout.flush();
     if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                         &child)) {
-        throw std::runtime_error("cannot start another process: " + toUtf8(systemText(GetLastError())));
+        const DWORD code = GetLastError();
+        std::cout << "cannot start another process: " << toUtf8(systemText(code)) << std::endl;
+        return code;
     }
     WaitForSingleObject(child.hProcess, INFINITE);
     DWORD code = 0;
@@ -80,9 +85,10 @@ bool examinedForParent(int argc, char** argv) {
     if (argc != 5 || std::strcmp(argv[1], examineOption) != 0) {
         return false;
     }
-    for (const Recipe& recipe : recipes()) {
-        if (recipe.name() == argv[2]) {
-            Examination(recipe, toWide(argv[4]), std::stoul(argv[3])).run();
+    for (const auto* all : {&recipes(), &violatingRecipes()}) {
+        const auto recipe = std::ranges::find(*all, argv[2], &Recipe::name);
+        if (recipe != all->end()) {
+            Examination(*recipe, toWide(argv[4]), std::stoul(argv[3])).run();
         }
     }
     return true;
@@ -106,6 +112,8 @@ void FaultMatrix::keep(const Recipe& recipe, Account& account, const std::string
         account.remarks.insert(text);
     } else if (kind == journal::needed) {
         account.needed.insert(text);
+    } else if (kind == journal::callSite) {
+        callSites_.insert(std::stoull(text));
     } else if (kind == journal::end) {
         account.ended = true;
     }
@@ -130,7 +138,9 @@ void FaultMatrix::examineInAnotherProcess(const Recipe& recipe, Account& account
 
 void FaultMatrix::examine(const Recipe& recipe) {
     allowTime(recipeTimeLimit);
-    methods_.insert(recipe.method);
+    if (recipe.method != loading) {
+        methods_.insert(recipe.method);
+    }
     ++recipes_;
     Account account;
     bool whole = true;
@@ -164,6 +174,22 @@ void FaultMatrix::keepRemarks(const Recipe& recipe, const Account& account, bool
     }
 }
 
+std::string FaultMatrix::callSiteText(std::ostream& file) const {
+    std::size_t all = 0;
+    std::size_t leftOut = 0;
+    for (const auto& [site, function] : callSites(PeImage::ofFile(libraryFile()).value())) {
+        if (failingFunction(function) == nullptr) {
+            continue;
+        }
+        ++all;
+        if (!callSites_.contains(site)) {
+            ++leftOut;
+            file << "made by no recipe: " << function << " at " << hex(site) << "\n";
+        }
+    }
+    return std::to_string(all - leftOut) + " of " + std::to_string(all) + " call sites";
+}
+
 void FaultMatrix::report() const {
     std::ofstream file("faults.txt");
     for (const std::string& line : lines_) {
@@ -179,8 +205,9 @@ void FaultMatrix::report() const {
     for (const std::string& text : violations_) {
         both("violation: " + text);
     }
+    const std::string sites = callSiteText(file);
     both("Fault matrix: " + std::to_string(methods_.size()) + " methods, " + std::to_string(recipes_) +
-         " recipes, " + std::to_string(failed_) + " calls failed" +
+         " recipes, " + sites + ", " + std::to_string(failed_) + " calls failed" +
          (pairs_ == 0 ? "" : ", " + std::to_string(pairs_) + " pairs of them") + ", " +
          std::to_string(violations_.size()) + " violations");
 }

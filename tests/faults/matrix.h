@@ -3,6 +3,8 @@
 // process.
 #pragma once
 
+#include <cstdint>
+#include <iosfwd>
 #include <map>
 #include <set>
 #include <string>
@@ -25,6 +27,8 @@ public:
     // All cases of one recipe, as failures of the running test where one is not as it must be.
     void examine(const Recipe& recipe);
 
+    const std::vector<std::string>& violations() const { return violations_; }
+
     // The account, on the standard output and in faults.txt.
     void report() const;
 
@@ -43,6 +47,9 @@ private:
     void keep(const Recipe& recipe, Account& account, const std::string& kind, const std::string& text);
     void keepRemarks(const Recipe& recipe, const Account& account, bool complete);
     void violation(const Recipe& recipe, const std::string& text);
+    // How many of the places where the library makes a call that can fail some recipe comes to while nothing
+    // fails. The others are written into the file.
+    std::string callSiteText(std::ostream& file) const;
 
     std::set<std::string> methods_;
     std::size_t recipes_ = 0;
@@ -57,6 +64,7 @@ private:
         std::set<std::string> methods;
     };
     std::map<std::string, Remark> remarks_;
+    std::set<std::uint64_t> callSites_;
 };
 
 }  // namespace testbed

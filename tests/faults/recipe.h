@@ -105,6 +105,7 @@ struct Run {
     Outcome outcome;
     std::map<std::string, std::size_t> systemCalls;
     std::map<std::string, std::size_t> javaCalls;
+    std::set<std::uintptr_t> callSites;  // offsets in the library of the places behind the calls
     Promises promises;
     std::vector<std::string> complaints;  // of the test bed
 };
@@ -125,10 +126,17 @@ struct Recipe {
 
 std::vector<Recipe>& recipes();
 
+// Recipes that violate the rules on purpose, kept apart.
+std::vector<Recipe>& violatingRecipes();
+
+// What stands where a recipe names a method: for the library itself, and for those.
+inline constexpr char loading[] = "library";
+inline constexpr char violating[] = "violation";
+
 template <class Body>
 bool addRecipe(const char* method, const char* branch) {
-    recipes().push_back(
-        {method, branch, []() -> std::unique_ptr<RecipeBody> { return std::make_unique<Body>(); }});
+    auto& all = method == std::string(violating) ? violatingRecipes() : recipes();
+    all.push_back({method, branch, []() -> std::unique_ptr<RecipeBody> { return std::make_unique<Body>(); }});
     return true;
 }
 
@@ -154,11 +162,16 @@ public:
 protected:
     virtual void perform() = 0;
 
+    virtual std::uintptr_t libraryBase() const {
+        return reinterpret_cast<std::uintptr_t>(Fixture::library().module());
+    }
+
     // The call of the recipe: what the library does in it is recorded, or fails.
     template <class Call>
     void examine(Call&& call) {
         const auto systemBefore = Fixture::system().counts();
         const auto javaBefore = Fixture::java.counts();
+        Fixture::system().takeCallers();
         {
             const std::vector<Replacement> failing = place();
             if constexpr (std::is_void_v<decltype(call())>) {
@@ -170,6 +183,9 @@ protected:
         }
         run_->systemCalls = callsBetween(systemBefore, Fixture::system().counts());
         run_->javaCalls = callsBetween(javaBefore, Fixture::java.counts());
+        for (const void* caller : Fixture::system().takeCallers()) {
+            run_->callSites.insert(reinterpret_cast<std::uintptr_t>(caller) - libraryBase());
+        }
         run_->outcome.thrown = Fixture::java.takeException();
         run_->outcome.thrown.message = masked(run_->outcome.thrown.message);
         run_->finished = true;
@@ -237,9 +253,12 @@ protected:
         Fixture::java.keepUnreleased(javaFunction);
         say(promises().leaks, javaFunction, reason).needed = true;
     }
-    // A call that is required to give back what was never taken, when another fails.
-    void givesBackWhatIsNone(const char* function, const char* reason, const std::set<std::string>& behind) {
-        say(promises().foreign, function, reason).behind = behind;
+    // A call that is required to give back what was never taken, when another fails, or in any case.
+    void givesBackWhatIsNone(const char* function, const char* reason,
+                             const std::set<std::string>& behind = {}) {
+        Promises::Leak& made = say(promises().foreign, function, reason);
+        made.behind = behind;
+        made.always = behind.empty();
     }
     void comesWhole(const char* function, const char* reason) { say(promises().whole, function, reason); }
     void waits(const char* function, const char* reason) { say(promises().waits, function, reason); }

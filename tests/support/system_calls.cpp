@@ -33,6 +33,11 @@ bool isCode(const void* address) {
            PeImage::ofModule(module).isCode(address);
 }
 
+// The return address lies just below the arguments.
+const void* callerOf(const std::uint64_t* arguments) {
+    return reinterpret_cast<const void*>(arguments[-1]);
+}
+
 }  // namespace
 
 struct InterceptedCall::Pending {
@@ -81,10 +86,8 @@ const void* Slot::decide(void* slot, std::uint64_t* arguments, std::uint64_t* re
     const void* target = self.real;
     if (self.tracked != nullptr || (behaviour && behaviour->body)) {
         target = self.tracked != nullptr ? self.tracked : behaviour->entry;
-        // The return address lies just below the arguments.
-        const auto* caller = reinterpret_cast<const void*>(arguments[-1]);
-        TlsSetValue(pendingIndex,
-                    new InterceptedCall::Pending{&self, std::move(behaviour), std::move(fault), caller});
+        TlsSetValue(pendingIndex, new InterceptedCall::Pending{&self, std::move(behaviour), std::move(fault),
+                                                               callerOf(arguments)});
     } else if (behaviour && behaviour->answer) {
         *result = behaviour->answer->result;
         lastError = behaviour->answer->lastError.value_or(lastError);
@@ -212,6 +215,7 @@ std::vector<unsigned char> SystemCalls::trampolineFor(const std::string& name, c
 
 SystemCalls::Choice SystemCalls::choose(Slot& slot, const std::uint64_t* arguments) {
     const std::lock_guard lock(mutex_);
+    callers_.insert(callerOf(arguments));
     Choice choice;
     for (auto behaviour = slot.behaviours.rbegin(); behaviour != slot.behaviours.rend(); ++behaviour) {
         auto& calls = (*behaviour)->calls;
@@ -364,6 +368,11 @@ std::map<std::string, std::size_t> SystemCalls::counts() const {
         }
     }
     return counted;
+}
+
+std::set<const void*> SystemCalls::takeCallers() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(callers_, {});
 }
 
 void SystemCalls::start() {

@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -140,6 +141,9 @@ public:
     // The same of all functions that it called.
     std::map<std::string, std::size_t> counts() const;
 
+    // Where in the DLL calls came from since this was last asked: the places behind them.
+    std::set<const void*> takeCallers();
+
     // Begins counting anew.
     void start();
 
@@ -181,6 +185,7 @@ private:
     std::map<std::string, std::unique_ptr<detail::Slot>, std::less<>> slots_;
     std::map<std::string, const void*, std::less<>> resolved_;  // trampolines given out by GetProcAddress
     std::vector<CodeArea> resolvedCode_;
+    std::set<const void*> callers_;
     bool complete_ = false;
 };
 

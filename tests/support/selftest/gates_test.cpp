@@ -5,6 +5,7 @@
 #include "child_process.h"
 #include "temp_folder.h"
 #include "text.h"
+#include "watchdog.h"
 
 namespace {
 
@@ -14,8 +15,8 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 constexpr DWORD failed = 1;
-constexpr DWORD crashed = 3;
-constexpr DWORD hung = 4;
+constexpr DWORD crashed = exitCodeOfCrash;
+constexpr DWORD hung = exitCodeOfHang;
 
 struct Violation {
     const char* name;
@@ -49,6 +50,7 @@ const Violation violations[] = {
     {"LeavesAFileOpenInItsFolder", failed, {"cannot remove"}},
     {"LeavesAFreshLibraryWithAHandle", failed, {"taken by OpenProcessToken at nowhere"}},
     {"Hangs", hung, {"Violations.Hangs took too long", "thread 0x", "support_violations.exe+0x"}},
+    {"HangsInACase", hung, {"Violations.HangsInACase (the second case) took too long"}},
     {"ReadsOneByteBehindAnArray",
      crashed,
      {"ReadsOneByteBehindAnArray crashed: exception 0xc0000005", "behind the end of the content of a file",

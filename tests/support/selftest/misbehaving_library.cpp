@@ -2,7 +2,7 @@
 #include <windows.h>
 
 #include <float.h>
-#include <unknwn.h>
+#include <objidl.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -78,6 +78,10 @@ EXPORTED void releaseIt(IUnknown* object) {
     object->Release();
 }
 
+EXPORTED HRESULT loadIt(IPersistFile* file) {
+    return file->Load(L"file", 0);
+}
+
 EXPORTED void growAndFree() {
     std::free(std::realloc(std::malloc(8), 4096));
 }
@@ -134,6 +138,11 @@ EXPORTED DWORD lastErrorAfterClose(DWORD before) {
 EXPORTED DWORD lastErrorOfAttributes(const wchar_t* path) {
     SetLastError(0);
     return GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES ? GetLastError() : 0;
+}
+
+EXPORTED DWORD lastErrorOfComputerName(DWORD size) {
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
+    return GetComputerNameW(name, &size) ? 0 : GetLastError();
 }
 
 EXPORTED void leaveTextAllocated() {

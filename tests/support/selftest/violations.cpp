@@ -49,6 +49,13 @@ TEST_F(Violations, Hangs) {
     Sleep(INFINITE);
 }
 
+TEST_F(Violations, HangsInACase) {
+    nameCase("the second case");
+    allowTime(1s);
+
+    Sleep(INFINITE);
+}
+
 TEST_F(Violations, ReadsOneByteBehindAnArray) {
     const GuardedBuffer buffer(10, "the content of a file");
 
