@@ -5,6 +5,7 @@ import csv
 import datetime
 import math
 import pathlib
+import statistics
 import sys
 import textwrap
 
@@ -33,7 +34,7 @@ def figure_of(rows, column, best):
 
 
 def series(rounds, job, contender, column, best):
-    """The sizes of a job and, for each, the best or worst of the rounds."""
+    """The sizes of a job and, for each, one figure of the rounds."""
     sizes = sorted(items for other, name, items in rounds if (other, name) == (job, contender))
     return sizes, [figure_of(rounds[job, contender, items], column, best) for items in sizes]
 
@@ -53,7 +54,8 @@ def draw(rounds, path):
         for contender, colour in CONTENDERS.items():
             axes[0][column].plot(*series(rounds, job, contender, "us per item", min), "o-", color=colour,
                                  markersize=4, label=contender)
-            axes[1][column].plot(*series(rounds, job, contender, "peak KiB", max), "o-", color=colour, markersize=4)
+            axes[1][column].plot(*series(rounds, job, contender, "peak KiB", statistics.median), "o-", color=colour,
+                                 markersize=4)
         axes[0][column].set_title(items, fontsize=9)
         axes[1][column].set_xlabel("how many", fontsize=8)
         for row in (0, 1):
@@ -61,7 +63,7 @@ def draw(rounds, path):
             axes[row][column].grid(color="whitesmoke")
             axes[row][column].tick_params(labelsize=7)
         axes[0][column].set_ylim(bottom=0)
-        axes[1][column].set_ylim(bottom=0, top=max(1024, axes[1][column].get_ylim()[1]))
+        axes[1][column].set_ylim(bottom=-20, top=max(1024, axes[1][column].get_ylim()[1]))
     axes[0][0].set_ylabel("us per item", fontsize=8)
     axes[1][0].set_ylabel("native memory at the peak (KiB)", fontsize=8)
     axes[0][0].legend(fontsize=8)
@@ -76,19 +78,20 @@ def paragraph(text):
 def row_of(rounds, job, items):
     library, bare = rounds[job, "library", items], rounds[job, "bare", items]
     time, floor = (figure_of(rows, "us per item", min) for rows in (library, bare))
-    memory = figure_of(library, "peak KiB", max)
-    left = figure_of(library, "left KiB of Java", min)
+    memory, memory_floor = (figure_of(rows, "peak KiB", statistics.median) for rows in (library, bare))
+    left = figure_of(library, "left KiB of Java", statistics.median)
     return (f"| {ITEMS[job]} | {items:,} | {time:,.2f} | {floor:,.2f} | {time / floor:.2f} | {memory:,.0f} "
-            f"| {left:,.1f} |\n")
+            f"| {memory_floor:,.0f} | {left:,.1f} |\n")
 
 
 def describe(rounds, system):
     text = "# How the cost grows\n\n" + paragraph(
         f"""What a listing costs for each item, with the library and with the same system calls in a C++ loop without
         Java (`bare`), as the listed things become more. Written by `scripts/growth.sh` on {datetime.date.today()}, with
-        {system}; times are the best of five rounds, memory the worst of them.""")
+        {system}; times are the best of five rounds, memory is the median.""")
     text += ("| | how many | library, us per item | bare, us per item | library / bare "
-             "| native memory at the peak, KiB | Java heap left, KiB |\n|---|---|---|---|---|---|---|\n")
+             "| library, KiB at the peak | bare, KiB at the peak | Java heap left, KiB |\n"
+             "|---|---|---|---|---|---|---|---|\n")
     for job in ITEMS:
         for items in series(rounds, job, "library", "us per item", min)[0]:
             text += row_of(rounds, job, items)
@@ -98,12 +101,12 @@ def describe(rounds, system):
         how = "a straight line" if own <= STRAIGHT else (
             "more than a straight line, by the system's own calls" if own <= floor + STRAIGHT - 1
             else "**more than a straight line, by the library's own doing**")
-        text += f"- {items}: the time of a pass grows with their number to the power of {own:.2f} "
-        text += f"({floor:.2f} bare): {how}.\n"
+        text += paragraph(f"""- {items}: the time of a pass grows with their number to the power of {own:.2f}
+            ({floor:.2f} bare): {how}.""").rstrip() + "\n"
     return text + "\n" + paragraph(
-        """Memory is what the process holds beyond what it held before the listing, looked at every thousand items; what
-        the system keeps of a directory that has been listed is there before. The collector drops what it is handed, so
-        that what is left of the Java heap is the listing's own.""") + "![Time and memory for each item](growth.svg)\n"
+        """Memory is what the process holds beyond what a first pass, the bare one, left it with; for directories and
+        keys it is looked at every thousand items. The collector drops what it is handed, so that what is left of the
+        Java heap is the listing's own.""") + "![Time and memory for each item](growth.svg)\n"
 
 
 def main():

@@ -83,11 +83,7 @@ public final class Growth implements Callable<Integer> {
         try (PrintWriter table = new PrintWriter(csv.toFile())) {
             table.println("job,items,contender,round,us per item,peak KiB,left KiB of Java");
             for (int size : sizes) {
-                String folder = folders.resolve(Integer.toString(size)).toString();
-                measure(table, "directory", size, () -> {
-                    util.listWinFiles(sink, folder, false, true, null, false);
-                    return sink.count;
-                }, () -> Bare.list(folder, false));
+                measureFolder(table, folders.resolve(Integer.toString(size)).toString(), size);
             }
             for (int size : KEY_SIZES) {
                 measureKey(table, size);
@@ -95,6 +91,17 @@ public final class Growth implements Callable<Integer> {
             measureProcesses(table);
         }
         return 0;
+    }
+
+    private void measureFolder(PrintWriter table, String folder, int size) throws Exception {
+        Contender.expect("the number of entries", size, Bare.list(folder, false));
+        measure(table, "directory", size, () -> {
+            util.listWinFiles(sink, folder, false, true, null, false);
+            return sink.count;
+        }, () -> {
+            sink.peak = Math.max(sink.peak, Bare.peakOfList(folder));
+            return size;
+        });
     }
 
     private void measureKey(PrintWriter table, int size) throws Exception {
