@@ -16,7 +16,8 @@ class Network {
 public:
     explicit Network(Input& input) : input_(input) {}
 
-    // WNetEnumResourceW. The names lie anywhere in the buffer, and the count may be any number.
+    // WNetEnumResourceW. More entries may be counted than there are, but none where the names lie: no caller
+    // could tell those from entries.
     DWORD giveEntries(LPDWORD count, LPVOID buffer, LPDWORD room) {
         constexpr DWORD results[] = {ERROR_NO_MORE_ITEMS, NO_ERROR, ERROR_MORE_DATA, ERROR_EXTENDED_ERROR};
         const DWORD result = chooseCode(input_, results);
@@ -26,6 +27,7 @@ public:
         // Mostly one that takes no time: each counted entry is reported.
         const BYTE claimed = input_.value<BYTE>();
         *count = claimed == 0xFF ? MAXDWORD : claimed % 8;
+        const DWORD textRoom = claimed == 0xFF ? 0 : *room;
         const DWORD entries = input_.value<BYTE>() % 4;
         auto* entry = static_cast<NETRESOURCEW*>(buffer);
         for (DWORD i = 0; i < entries; ++i, ++entry) {
@@ -33,9 +35,9 @@ public:
             entry->dwType = input_.value<BYTE>();
             entry->dwDisplayType = input_.value<DWORD>();
             entry->dwUsage = input_.value<BYTE>();
-            entry->lpLocalName = placeText(buffer, *room);
-            entry->lpRemoteName = placeText(buffer, *room);
-            entry->lpProvider = placeText(buffer, *room);
+            entry->lpLocalName = placeText(buffer, textRoom);
+            entry->lpRemoteName = placeText(buffer, textRoom);
+            entry->lpProvider = placeText(buffer, textRoom);
         }
         return NO_ERROR;
     }

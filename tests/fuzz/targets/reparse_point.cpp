@@ -16,11 +16,12 @@ bool isSame(const LinkTarget& left, const LinkTarget& right) {
     return std::wcscmp(left, right) == 0;
 }
 
-// A junction that the library writes reads back as the target that it was given.
+// A junction that the library writes to a path on a drive reads back as the path that it was given. Others
+// need not: "UNC\\x" becomes the name of a share.
 void requireRoundTrip(const LinkTarget& target) {
     LinkTarget name;
     winutil::filesystem::writeJunctionName(target, name);
-    if (name[0] == L'\0' || target[0] == L'\\') {
+    if (name[0] == L'\0' || target[0] == L'\0' || target[1] != L':') {
         return;
     }
     winutil::filesystem::ReparseBuffer buffer = {};
