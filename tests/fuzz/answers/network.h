@@ -6,7 +6,7 @@
 
 #include <winnetwk.h>
 
-#include <cstring>
+#include <utility>
 
 #include "answers/input.h"
 
@@ -24,10 +24,11 @@ public:
         if (result != NO_ERROR) {
             return result;
         }
-        // Mostly one that takes no time: each counted entry is reported.
+        // Once in an input a count beyond everything: it takes time, each counted entry is reported.
         const BYTE claimed = input_.value<BYTE>();
-        *count = claimed == 0xFF ? MAXDWORD : claimed % 8;
-        const DWORD textRoom = claimed == 0xFF ? 0 : *room;
+        const bool beyond = claimed == 0xFF && !std::exchange(counted_, true);
+        *count = beyond ? MAXDWORD : claimed % 8;
+        const DWORD textRoom = beyond ? 0 : *room;
         const DWORD entries = input_.value<BYTE>() % 4;
         auto* entry = static_cast<NETRESOURCEW*>(buffer);
         for (DWORD i = 0; i < entries; ++i, ++entry) {
@@ -71,6 +72,7 @@ private:
     }
 
     Input& input_;
+    bool counted_ = false;  // beyond everything
 };
 
 }  // namespace hostile
