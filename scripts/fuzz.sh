@@ -44,9 +44,12 @@ for target in "${targets[@]}"; do
     corpus=tests/fuzz/corpus/$target inputs=$build/inputs/$target log=$build/$target.log start=$SECONDS finding=none
     mkdir -p "$inputs"
     kept=$(find "$corpus" -type f | wc -l)
+    # What an earlier run found is where the next one goes on.
+    played=("$inputs" "$corpus")
+    [ "$executions" -gt 0 ] || played=("$corpus")
     # An empty corpus would be a gate that nothing can close.
     [ "$kept" -gt 0 ] && $build/targets/"$target" "${limits[@]}" -runs="$executions" \
-        -artifact_prefix="$findings/$target-" "$inputs" "$corpus" >"$log" 2>&1 ||
+        -artifact_prefix="$findings/$target-" "${played[@]}" >"$log" 2>&1 ||
         { finding=$log; failed=1; grep -E 'FINDING|ERROR|runtime error|^    #|Test unit' "$log" | head -20; }
     done_runs=$(sed -n 's/^Done \([0-9]*\) runs.*/\1/p' "$log")
     printf '%-20s | %10s | %7s | %6s | %s\n' "$target" "${done_runs:--}" $((SECONDS - start)) "$kept" "$finding"
