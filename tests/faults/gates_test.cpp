@@ -12,7 +12,6 @@ using namespace testbed;
 using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::HasSubstr;
-using ::testing::SizeIs;
 
 // The violations that the matrix counts; as failures of a test they do not.
 std::vector<std::string> violationsOf(const std::string& branch) {
