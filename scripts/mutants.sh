@@ -31,6 +31,6 @@ fi
 scripts/setup.sh
 build=build/mutants
 cmake --preset mingw-release "${toolbox[@]}" -B "$build" >/dev/null
-mapfile -t programs < <(ctest --test-dir "$build" --show-only=json-v1 | grep -o '"name" : "[a-z_]*_tests"' | cut -d'"' -f4)
+mapfile -t programs < <(ctest --test-dir "$build" -N | grep -o '[a-z_]*_tests$')
 cmake --build "$build" --target "${programs[@]}"
 python3 tests/mutants/mutants.py --build "$build" "$@"

@@ -80,7 +80,8 @@ class Builder:
         print(f"compiling {len(sources)} sources", flush=True)
         header = self.work / "prefix.h"
         header.write_text(PREFIX_HEADER)
-        subprocess.run([*self.flags["bridge/errors.cpp"], "-x", "c++-header", header, "-o", f"{header}.gch"], check=True)
+        flags = self.flags["bridge/errors.cpp"]
+        subprocess.run([*flags, "-x", "c++-header", header, "-o", f"{header}.gch"], check=True)
         self.broken.mkdir(exist_ok=True)
         for source in sources:
             if not self.compile(source, self.broken):
