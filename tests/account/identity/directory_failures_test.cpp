@@ -16,6 +16,7 @@ struct FailureCase {
     const char* method;
     std::size_t call;
     bool listed;  // whether the group is in the result
+    HRESULT result = E_ACCESSDENIED;
 };
 
 // The failing call of a lookup that finds the user in the first group's nested one.
@@ -24,7 +25,7 @@ class FailedStep : public MembershipTest, public testing::WithParamInterface<Fai
 TEST_P(FailedStep, PutsTheGroupIntoTheListUnlessItIsTheGroupsSearch) {
     addGroup(L"Inner", {alice});
     addGroup(L"Outer", {group(L"Inner")});
-    directory.failCall(GetParam().method, GetParam().call);
+    directory.failCall(GetParam().method, GetParam().call, GetParam().result);
 
     const auto listed = isMemberOf({L"Outer"});
 
@@ -56,6 +57,20 @@ INSTANTIATE_TEST_SUITE_P(
         FailureCase{"ReadingAMembersPath", "get_ADsPath", 1, true},
         FailureCase{"BindingANestedGroup", "ADsGetObject", 6, true},
         FailureCase{"NestedMembers", "Members", 2, true}),
+    [](const auto& test) { return test.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    StepsThatGiveNothing, FailedStep,
+    testing::Values(FailureCase{"BindingTheDirectory", "ADsGetObject", 1, true, S_FALSE},
+                    FailureCase{"BindingTheUser", "ADsGetObject", 2, true, S_FALSE},
+                    FailureCase{"BindingTheFoundGroup", "ADsGetObject", 3, false, S_FALSE},
+                    FailureCase{"BindingTheGroup", "ADsGetObject", 4, true, S_FALSE},
+                    FailureCase{"ReadingTheUsersIdentity", "GetObjectAttributes", 1, true, S_FALSE},
+                    FailureCase{"Members", "Members", 1, true, S_FALSE},
+                    FailureCase{"Enumerator", "get__NewEnum", 1, true, S_FALSE},
+                    FailureCase{"ReadingAMembersIdentity", "GetObjectAttributes", 3, true, S_FALSE},
+                    FailureCase{"ReadingAMembersPath", "get_ADsPath", 1, true, S_FALSE},
+                    FailureCase{"BindingANestedGroup", "ADsGetObject", 6, true, S_FALSE}),
     [](const auto& test) { return test.param.name; });
 
 // The fake directory and the ledger see to it that every reference, search, column and block goes back.

@@ -22,7 +22,7 @@ FakeObject::FakeObject(FakeDirectory& directory, std::wstring path, const Direct
 
 HRESULT FakeObject::QueryInterface(REFIID identifier, void** result) {
     *result = nullptr;
-    if (const HRESULT failure = directory().step("QueryInterface"); FAILED(failure)) {
+    if (const HRESULT failure = directory().step("QueryInterface"); failure != S_OK) {
         return failure;
     }
     if (identifier == IID_IDirectoryObject && entry_.isDirectoryObject) {
@@ -39,7 +39,7 @@ HRESULT FakeObject::QueryInterface(REFIID identifier, void** result) {
 HRESULT FakeObject::get_ADsPath(BSTR* path) {
     *path = nullptr;
     const HRESULT result = directory().step("get_ADsPath");
-    if (SUCCEEDED(result) && entry_.hasPath) {
+    if (result == S_OK) {
         *path = directory().giveText(path_);
     }
     return result;
@@ -49,7 +49,7 @@ HRESULT FakeObject::Members(IADsMembers** members) {
     *members = nullptr;
     directory().noteSearched(path_);
     const HRESULT result = directory().step("Members");
-    if (FAILED(result)) {
+    if (result != S_OK) {
         return result;
     }
     return give<IADsMembers>(directory().make<FakeMembers>(entry_.members),
@@ -73,7 +73,7 @@ HRESULT FakeObject::GetObjectAttributes(LPWSTR* names, DWORD count, PADS_ATTR_IN
     *attributes = nullptr;
     *returned = 0;
     const HRESULT result = directory().step("GetObjectAttributes");
-    if (FAILED(result)) {
+    if (result != S_OK) {
         return result;
     }
     *returned = 1;
@@ -83,7 +83,7 @@ HRESULT FakeObject::GetObjectAttributes(LPWSTR* names, DWORD count, PADS_ATTR_IN
 HRESULT FakeMembers::get__NewEnum(IUnknown** enumerator) {
     *enumerator = nullptr;
     const HRESULT result = directory().step("get__NewEnum");
-    if (FAILED(result)) {
+    if (result != S_OK) {
         return result;
     }
     return give<IEnumVARIANT>(directory().make<FakeEnumerator>(paths_), reinterpret_cast<void**>(enumerator));

@@ -185,7 +185,7 @@ struct UnreadableCase {
 class UnreadableMember : public MembershipTest, public testing::WithParamInterface<UnreadableCase> {};
 
 // A member without an identity is passed over, were it the user himself; and were it a group, its way back
-// could not be known. Nor is there a way to a group without a path.
+// could not be known.
 TEST_P(UnreadableMember, IsPassedOver) {
     addGroup(L"Inner", {alice});
     addGroup(L"Odd", {alice});
@@ -216,8 +216,7 @@ INSTANTIATE_TEST_SUITE_P(
         UnreadableCase{"GuidTooShort", [](DirectoryEntry& entry) { entry.guidLength = 15; }},
         UnreadableCase{"GuidTooLong", [](DirectoryEntry& entry) { entry.guidLength = 17; }},
         UnreadableCase{"GuidEmpty", [](DirectoryEntry& entry) { entry.guidLength = 0; }},
-        UnreadableCase{"NoGuid", [](DirectoryEntry& entry) { entry.guidValues = 0; }},
-        UnreadableCase{"NoPath", [](DirectoryEntry& entry) { entry.hasPath = false; }}),
+        UnreadableCase{"NoGuid", [](DirectoryEntry& entry) { entry.guidValues = 0; }}),
     [](const auto& test) { return test.param.name; });
 
 TEST_F(Membership, IsNotEstablishedForAUserWithoutIdentity) {

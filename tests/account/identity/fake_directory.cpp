@@ -100,7 +100,7 @@ HRESULT FakeDirectory::step(const std::string& method) {
 HRESULT FakeDirectory::bind(const wchar_t* path, REFIID identifier, void** result) {
     bound_.push_back(std::wstring(path) + L" as " + interfaceName(identifier));
     *result = nullptr;
-    if (const HRESULT failure = step("ADsGetObject"); FAILED(failure)) {
+    if (const HRESULT failure = step("ADsGetObject"); failure != S_OK) {
         return failure;
     }
     if (identifier == IID_IDirectorySearch && path == root_) {

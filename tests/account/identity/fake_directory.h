@@ -30,7 +30,6 @@ struct DirectoryEntry {
     DWORD guidLength = sizeof(GUID);  // bytes that the attribute says it has
     DWORD guidValues = 1;
     bool isDirectoryObject = true;
-    bool hasPath = true;  // or answers with success and none
 };
 
 // A row that a search finds. One that cannot be read has no path.
@@ -72,7 +71,7 @@ public:
     std::map<std::wstring, std::vector<DirectoryRow>> rows;  // by filter
 
     // From now on call number k of a method (by its bare name, ADsGetObject among them) fails with this
-    // value.
+    // value; with S_FALSE it succeeds and gives nothing.
     void failCall(const std::string& method, std::size_t k, HRESULT result = E_ACCESSDENIED);
     // The same for the k-th of all calls, whichever it is.
     void failStep(std::size_t k) { failingStep_ = steps_ + k; }
