@@ -66,10 +66,13 @@ class Results:
         self.write()
 
     def write(self):
-        with self.file.open("w", newline="", encoding="utf-8") as stream:
+        # In one step: a run may be ended at any time.
+        fresh = self.file.with_suffix(".new")
+        with fresh.open("w", newline="", encoding="utf-8") as stream:
             writer = csv.DictWriter(stream, FIELDS)
             writer.writeheader()
             writer.writerows(self.rows.values())
+        fresh.replace(self.file)
 
 
 class Campaign:
