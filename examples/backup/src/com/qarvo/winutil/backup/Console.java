@@ -3,6 +3,7 @@ package com.qarvo.winutil.backup;
 import java.io.OutputStream;
 import java.io.OutputStreamWriter;
 import java.io.PrintWriter;
+import java.lang.management.ManagementFactory;
 import java.nio.charset.Charset;
 import java.nio.charset.IllegalCharsetNameException;
 import java.nio.charset.StandardCharsets;
@@ -14,11 +15,19 @@ final class Console {
     }
 
     /**
-     * Makes a writer: in the charset that the named property says, else in that of the terminal, else in UTF-8, as
-     * the JVM's own choice for files and pipes cannot hold all names.
+     * Makes a writer: in the charset that the command line says with the named property, else in that of the terminal,
+     * else in UTF-8, as the JVM's own choice for files and pipes cannot hold all names.
      */
     static PrintWriter writer(OutputStream out, String property) {
-        return new PrintWriter(new OutputStreamWriter(out, charset(System.getProperty(property))), true);
+        return new PrintWriter(new OutputStreamWriter(out, charset(given(property))), true);
+    }
+
+    /** What the command line says. The property alone does not tell: newer JVMs set it to their own choice. */
+    private static String given(String property) {
+        String argument = "-D" + property + "=";
+        return ManagementFactory.getRuntimeMXBean().getInputArguments().stream()
+                .filter(given -> given.startsWith(argument)).map(given -> given.substring(argument.length()))
+                .reduce((first, last) -> last).orElse(null);
     }
 
     /** Tells whether there is a terminal. Without a console the output goes elsewhere, or the JVM runs in Wine. */
