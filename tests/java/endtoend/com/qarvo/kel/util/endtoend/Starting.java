@@ -15,13 +15,20 @@ final class Starting {
     /** A JVM of version 21 or later warns, on its standard output, of what this system lacks. */
     static final String WITHOUT_WARNINGS = "-XX:-PrintWarnings";
 
+    /** From here on a JVM warns when a library is loaded, unless it is told that this is meant. */
+    private static final int WARNS_OF_NATIVES = 24;
+
     private Starting() {
     }
 
     /** The command that runs a program in a JVM like this one. */
     static List<String> java(String program, String... arguments) {
         List<String> command = new ArrayList<>(List.of(System.getProperty("java.home") + "\\bin\\java.exe",
-                WITHOUT_WARNINGS, "-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
+                WITHOUT_WARNINGS));
+        if (Runtime.version().feature() >= WARNS_OF_NATIVES) {
+            command.add("--enable-native-access=ALL-UNNAMED");
+        }
+        command.addAll(List.of("-Dwinutil.library=" + System.getProperty("winutil.library"), "-cp",
                 System.getProperty("java.class.path"), program));
         command.addAll(List.of(arguments));
         return command;
