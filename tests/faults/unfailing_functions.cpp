@@ -29,6 +29,8 @@ const Reason reasons[] = {
       "PathParseIconLocationW",
       "StringFromGUID2",
       "VariantInit",
+      "__stdio_common_vsnprintf_s",
+      "__stdio_common_vsnwprintf_s",
       "_snprintf_s",
       "_snwprintf_s",
       "_stricmp",
@@ -76,11 +78,18 @@ const Reason reasons[] = {
       "SetLastError",
       "Sleep",
       "_errno",
+      "__acrt_iob_func",
       "__iob_func"}},
     {"answers a question, and its no is no failure", {"IsUserAnAdmin"}},
     {"is called by the compiler's start-up code, while the library loads",
      {"TlsGetValue", "VirtualProtect", "VirtualQuery", "_amsg_exit", "_initterm", "_lock", "_unlock", "abort",
-      "vfprintf"}},
+      "vfprintf",
+      // That of another compiler
+      "__daylight", "__p___argc", "__p___argv", "__p___wargv", "__p__environ", "__p__wenviron",
+      "__stdio_common_vfprintf", "__stdio_common_vfwprintf", "__timezone", "__tzname",
+      "_configure_narrow_argv", "_configure_wide_argv", "_crt_at_quick_exit", "_crt_atexit",
+      "_execute_onexit_table", "_exit", "_initialize_narrow_environment", "_initialize_onexit_table",
+      "_initialize_wide_environment", "_register_onexit_function", "_set_new_mode", "_tzset"}},
 };
 
 }  // namespace
