@@ -2,7 +2,7 @@
 
 #include <aclapi.h>
 
-#include <bit>
+#include <cstring>
 
 #include "bridge/owners.h"
 
@@ -18,8 +18,10 @@ void setFileAcl(wchar_t* path, wchar_t* trustee, DWORD permissions, DWORD mode) 
     }
     EXPLICIT_ACCESS_W entry = {};
     entry.grfAccessPermissions = permissions;
-    // Any number goes through: the system refuses what is no mode.
-    entry.grfAccessMode = std::bit_cast<ACCESS_MODE>(mode);
+    // Any number goes through: the system refuses what is no mode, which no value of the enumeration could
+    // hold.
+    static_assert(sizeof(entry.grfAccessMode) == sizeof(mode));
+    std::memcpy(&entry.grfAccessMode, &mode, sizeof(mode));
     entry.grfInheritance = SUB_CONTAINERS_AND_OBJECTS_INHERIT;
     static_assert(SUB_CONTAINERS_AND_OBJECTS_INHERIT == 3);
     entry.Trustee.MultipleTrusteeOperation = NO_MULTIPLE_TRUSTEE;
