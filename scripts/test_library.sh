@@ -14,12 +14,12 @@ mkdir -p "$results"
 export WINUTIL_LIBRARY=$build/src/WinUtil64.dll
 [ -e "$WINUTIL_LIBRARY" ] || { echo "test_library: no $WINUTIL_LIBRARY" >&2; exit 1; }
 
-gates=()
+label=$(basename "$build") gates=()
 while read -r program; do
     name=$(basename "$program" .exe)
     # The suite of a DLL is not the one of its test bed: the results are named after both.
-    (cd "$results" && timeout 600 wine "$program" --gtest_brief=1 --gtest_output="xml:$(basename "$build")-$name.xml" \
+    (cd "$results" && timeout 600 wine "$program" --gtest_brief=1 --gtest_output="xml:$label-$name.xml" \
         --gtest_filter=-Artifact.StaysSmall) </dev/null
-    gates+=(--gate "$name on $(basename "$build")=$?")
+    gates+=(--gate "$name on $label=$?")
 done < <(find "$PWD/build/mingw-release/tests" -name '*_tests.exe' | sort)
 python3 scripts/tally.py "${gates[@]}" "$results"

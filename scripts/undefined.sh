@@ -4,6 +4,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/build.sh
+# Guarded blocks that begin anywhere would be misaligned, which no allocator's are.
 export WINUTIL_ALIGNED_BLOCKS=1
 cmake --preset mingw-undefined >/dev/null
 cmake --build --preset mingw-undefined
