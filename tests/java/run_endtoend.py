@@ -110,12 +110,12 @@ def exported_natives(objdump, library):
     return sorted(name[len(NATIVE_PREFIX):] for name in names if name.startswith(NATIVE_PREFIX))
 
 
-def never_called(exported, resolve_log):
+def never_called(exported, logs):
     """The natives that no call ever bound, each with how many of its overloads were bound.
 
     The JVM tells of a binding by name alone, so that overloads can only be counted.
     """
-    text = resolve_log.read_text('utf-8', 'replace') if resolve_log.exists() else ''
+    text = '\n'.join(log.read_text('utf-8', 'replace') for log in logs if log.exists())
     bound = re.findall(r'Dynamic-linking native method com\.qarvo\.kel\.util\.WindowsUtil\.(\w+) ', text)
     missing = {}
     for name in sorted({export.split('__')[0] for export in exported}):
@@ -183,7 +183,7 @@ def judge(options, log, resolve_log, crashes):
     ]
     if options.classes == ALL_CLASSES:
         exported = exported_natives(options.objdump, options.library)
-        missing = never_called(exported, resolve_log)
+        missing = never_called(exported, [resolve_log, log])
         cases += [
             Case('the export table is read', None if exported else f'no natives found in {options.library}'),
             Case('every exported native is called', f'never called: {missing}' if missing else None),
@@ -215,6 +215,8 @@ def run_tests(options, env, java, work, devices):
         }
         if volume:
             properties['winutil.test.volume'] = volume
+        if options.verbose_jni:
+            command.append('-verbose:jni')
         # The log's name without its drive: a colon separates the log's options.
         command = java + FIXED_HEAP
         command += [f'-Xlog:jni+resolve=debug:file={windows(resolve_log)[2:]}:none:filecount=0',
@@ -232,6 +234,8 @@ def main():
     parser.add_argument('--java', required=True, type=pathlib.Path, help='java.exe of a Windows JDK or JRE')
     parser.add_argument('--beside-java', type=pathlib.Path,
                         help='a DLL that java.exe is to load instead of the system\'s')
+    parser.add_argument('--verbose-jni', action='store_true',
+                        help='for a JVM that tells of bound natives in its output alone')
     parser.add_argument('--unseen', nargs='*', default=[], choices=VIOLATIONS,
                         help='violations that the checked mode of this JVM does not look for')
     parser.add_argument('--limit', type=int, default=run_suite.LIMIT_SECONDS, help='seconds for all tests together')
