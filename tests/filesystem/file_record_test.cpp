@@ -39,10 +39,11 @@ TEST_F(RecordTest, TellsWhatAFileWithAVeryLongPathIs) {
 }
 
 TEST_F(RecordTest, HasSizeTimeAndAttributesAsTheSystemGivesThem) {
-    const auto query = answerAttributes(0x80000020);
+    constexpr DWORD neitherFolderNorLink = ~DWORD{FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT};
+    const auto query = answerAttributes(neitherFolderNorLink);
 
-    EXPECT_EQ(fieldsOf(record(L"C:\\x")),
-              (Fields{L"C:\\x", false, 0x100000002, -2, static_cast<jint>(0x80000020), L"", 2, L""}));
+    EXPECT_EQ(fieldsOf(record(L"C:\\x")), (Fields{L"C:\\x", false, 0x100000002, -2,
+                                                  static_cast<jint>(neitherFolderNorLink), L"", 2, L""}));
     EXPECT_THAT(queries, ElementsAre(L"C:\\x"));
 
     const auto queryOfAFolder = answerAttributes(FILE_ATTRIBUTE_DIRECTORY);
