@@ -8,6 +8,7 @@
 #include <sddl.h>
 
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "scripted_provider.h"
@@ -36,22 +37,23 @@ protected:
     bool fellThrough() const { return logons > 0; }
 
     // The provider's token, for the ledger as any other.
-    HANDLE giveToken() {
+    void giveToken() {
         provider.token = Ledger::fakeHandle();
         ledger().take(Kind::handle, reinterpret_cast<std::uint64_t>(provider.token),
                       "QuerySecurityContextToken", "provider");
-        return provider.token;
     }
 
-    // Lets the user of any token be the one with that SID.
-    Replacement tokenUserIs(const wchar_t* sidText) {
+    static std::vector<std::byte> sidOf(const wchar_t* text) {
         PSID sid = nullptr;
-        ConvertStringSidToSidW(sidText, &sid);
+        ConvertStringSidToSidW(text, &sid);
         const auto* bytes = static_cast<const std::byte*>(sid);
         std::vector<std::byte> copy(bytes, bytes + GetLengthSid(sid));
         LocalFree(sid);
-        return tokenUserIs(copy, copy.size());
+        return copy;
     }
+
+    // Lets the user of any token be the one with that SID.
+    Replacement tokenUserIs(const wchar_t* sid) { return tokenUserIs(sidOf(sid), sidOf(sid).size()); }
 
     // The same with so many bytes of the SID given out.
     Replacement tokenUserIs(std::vector<std::byte> sid, std::size_t size) {
@@ -71,6 +73,18 @@ protected:
                        });
     }
 
+    // Lets the computer's domain be the one with that SID.
+    std::pair<Replacement, Replacement> domainIs(PSID sid) {
+        return {REPLACE(NetUserModalsGet,
+                        [this, sid](LPCWSTR, DWORD, LPBYTE* buffer) -> NET_API_STATUS {
+                            ownDomain.usrmod2_domain_id = sid;
+                            *buffer = reinterpret_cast<LPBYTE>(&ownDomain);
+                            return 0;
+                        }),
+                REPLACE(NetApiBufferFree, [](LPVOID) -> NET_API_STATUS { return 0; })};
+    }
+
+    USER_MODALS_INFO_2 ownDomain = {};
     ScriptedProvider provider{system()};
     std::size_t logons = 0;
 };
@@ -327,37 +341,33 @@ TEST_F(HandshakeTest, LetsTheLogonDecideWithoutMemoryToTellTheGuest) {
 TEST_F(HandshakeTest, TakesNobodyForTheGuestWhenTheDomainHasNoRoomForOneMoreSubAuthority) {
     giveToken();
     const auto user = tokenUserIs(L"S-1-5-21-0-0-0-501");
-    PSID domain = nullptr;
-    ASSERT_TRUE(ConvertStringSidToSidW(L"S-1-5-1-2-3-4-5-6-7-8-9-10-11-12-13-14-15", &domain));
-    USER_MODALS_INFO_2 modals = {};
-    modals.usrmod2_domain_id = domain;
-    const auto get = REPLACE(NetUserModalsGet, [&](LPCWSTR, DWORD, LPBYTE* buffer) -> NET_API_STATUS {
-        *buffer = reinterpret_cast<LPBYTE>(&modals);
-        return 0;
-    });
-    const auto release = REPLACE(NetApiBufferFree, [](LPVOID) -> NET_API_STATUS { return 0; });
+    std::vector<std::byte> sid = sidOf(L"S-1-5-1-2-3-4-5-6-7-8-9-10-11-12-13-14-15");
+    const auto domain = domainIs(sid.data());
 
     validate();
 
     EXPECT_FALSE(fellThrough());
-    LocalFree(domain);
+}
+
+TEST_F(HandshakeTest, ReadsTheDomainNoFurtherThanItsEnd) {
+    giveToken();
+    const auto user = tokenUserIs(L"S-1-5-32-501");
+    const GuardedBuffer sid(sidOf(L"S-1-5-32"), "domain SID");
+    const auto domain = domainIs(sid.data());
+    validate();
+
+    EXPECT_TRUE(fellThrough());
 }
 
 TEST_F(HandshakeTest, ReadsNoDomainThatIsNoSid) {
     const auto user = tokenUserIs(L"S-1-5-21-0-0-0-501");
     // The count of sub-authorities promises what is not there.
-    GuardedBuffer domain(8, "domain SID");
-    domain.data()[0] = std::byte{SID_REVISION};
-    domain.data()[1] = std::byte{200};
-    USER_MODALS_INFO_2 modals = {};
-    const auto get = REPLACE(NetUserModalsGet, [&](LPCWSTR, DWORD, LPBYTE* buffer) -> NET_API_STATUS {
-        *buffer = reinterpret_cast<LPBYTE>(&modals);
-        return 0;
-    });
-    const auto release = REPLACE(NetApiBufferFree, [](LPVOID) -> NET_API_STATUS { return 0; });
-    for (PSID sid : {static_cast<PSID>(nullptr), static_cast<PSID>(domain.data())}) {
+    GuardedBuffer promising(8, "domain SID");
+    promising.data()[0] = std::byte{SID_REVISION};
+    promising.data()[1] = std::byte{200};
+    for (PSID sid : {static_cast<PSID>(nullptr), static_cast<PSID>(promising.data())}) {
         giveToken();
-        modals.usrmod2_domain_id = sid;
+        const auto domain = domainIs(sid);
 
         validate();
 
