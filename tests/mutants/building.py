@@ -15,7 +15,10 @@ DLL = "WinUtil64"
 
 
 class Builder:
-    """A copy of the sources and its objects, in `work`; what is linked takes the place of what the build made."""
+    """A copy of the sources and its objects, in `work`; what is linked takes the place of what the build made.
+
+    A test source that includes a header of the library is not compiled again when that is broken.
+    """
 
     def __init__(self, sources, build, work):
         self.sources, self.build, self.work = sources, build, work
