@@ -63,7 +63,7 @@ def describe(rows, judged, system):
     for series in judged:
         text += (f'| {series.title} | {series.values[0]:,.2f} | {series.values[-1]:,.2f} '
                  f'| {series.growth:,.2f} | {series.scatter:,.2f} | {series.grain:g} '
-                 f'| {"flat" if series.flat else "**NOT flat**"} |\n')
+                 f'| {series.finding} |\n')
     text += '\n' + paragraph('''Growth is that of the line by least squares through the second half; scatter is the
         width of the band about it that holds nine tenths of the samples. Flat is what has grown by no more than its
         scatter, or by less than counts as growth at all: memory comes from the system by the piece, and the JVM's own

@@ -44,10 +44,15 @@ class Series:
         return self.growth <= max(self.scatter, self.grain)
 
     @property
+    def finding(self):
+        if self.growth <= self.scatter:
+            return 'flat within its scatter'
+        return 'beyond its scatter, but less than counts as growth' if self.flat else '**NOT flat**'
+
+    @property
     def verdict(self):
         return (f'{self.title}: {self.values[0]:,.2f} at first, {self.values[-1]:,.2f} in the end, grown by '
-                f'{self.growth:,.2f} in the second half, scatter {self.scatter:,.2f}: '
-                f'{"flat" if self.flat else "NOT flat"}')
+                f'{self.growth:,.2f} in the second half, scatter {self.scatter:,.2f}: {self.finding}')
 
 
 def read(path):
