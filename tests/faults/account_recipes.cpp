@@ -185,15 +185,20 @@ RECIPE(WinUtilTest, getSIDForUser, ofAGroup) {
 class GroupsTest : public WinUtilTest {
 protected:
     Replacement global_ =
-        REPLACE(NetUserGetGroups, [this](LPCWSTR, LPCWSTR, DWORD, LPBYTE* buffer, DWORD, LPDWORD read,
-                                         LPDWORD total) { return give(*buffer, *read, *total); });
-    Replacement local_ = REPLACE(NetUserGetLocalGroups,
-                                 [this](LPCWSTR, LPCWSTR, DWORD, DWORD, LPBYTE* buffer, DWORD, LPDWORD read,
-                                        LPDWORD total) { return give(*buffer, *read, *total); });
+        REPLACE(NetUserGetGroups, [this](LPCWSTR server, LPCWSTR, DWORD, LPBYTE* buffer, DWORD, LPDWORD read,
+                                         LPDWORD total) { return give(server, *buffer, *read, *total); });
+    Replacement local_ =
+        REPLACE(NetUserGetLocalGroups,
+                [this](LPCWSTR server, LPCWSTR, DWORD, DWORD, LPBYTE* buffer, DWORD, LPDWORD read,
+                       LPDWORD total) { return give(server, *buffer, *read, *total); });
     Replacement free_ = system().answer("NetApiBufferFree", NERR_Success);
+    bool serverAnswers = true;
 
 private:
-    NET_API_STATUS give(LPBYTE& buffer, DWORD& read, DWORD& total) {
+    NET_API_STATUS give(LPCWSTR server, LPBYTE& buffer, DWORD& read, DWORD& total) {
+        if (server != nullptr && !serverAnswers) {
+            return RPC_S_SERVER_UNAVAILABLE;
+        }
         given_.push_back({names_[0], names_[1]});
         buffer = reinterpret_cast<LPBYTE>(given_.back().data());
         read = total = 2;
@@ -208,13 +213,29 @@ private:
     }();
 };
 
-RECIPE(GroupsTest, getDomainUserGroups, ofAUser) {
-    leavesOut({"NetUserGetGroups", "NetUserGetLocalGroups"}, leftOut);
-    leavesOut({"GetMethodID"}, noMethod);
-    const JavaObject groups = java.list();
-    examine([&] { NATIVE(getDomainUserGroups)(L"server", L"alice", groups); });
-    noteElements(groups);
-}
+class GroupsRecipe : public RecipeOn<GroupsTest> {
+protected:
+    void list() {
+        leavesOut({"NetUserGetGroups", "NetUserGetLocalGroups"}, leftOut);
+        leavesOut({"GetMethodID"}, noMethod);
+        const JavaObject groups = java.list();
+        examine([&] { NATIVE(getDomainUserGroups)(L"server", L"alice", groups); });
+        noteElements(groups);
+    }
+};
+
+class Recipe_getDomainUserGroups_ofAUser final : public GroupsRecipe {
+    void perform() override { list(); }
+};
+class Recipe_getDomainUserGroups_withoutTheServer final : public GroupsRecipe {
+    void perform() override {
+        serverAnswers = false;
+        list();
+    }
+};
+[[maybe_unused]] const bool groupListsAdded =
+    addRecipe<Recipe_getDomainUserGroups_ofAUser>("getDomainUserGroups", "ofAUser") &&
+    addRecipe<Recipe_getDomainUserGroups_withoutTheServer>("getDomainUserGroups", "withoutTheServer");
 
 constexpr char notEstablished[] = "a group whose membership was not established is listed";
 

@@ -10,7 +10,9 @@ using namespace testbed;
 using namespace testbed::reasons;
 
 constexpr jint readAndWrite = static_cast<jint>(GENERIC_READ | GENERIC_WRITE);
+constexpr DWORD accessDenied = 0xC0000022;  // as NTSTATUS
 constexpr char kept[] = "a record whose size cannot be read at open is never freed";
+constexpr char roomAsAskedFor[] = "a buffer of the very size that was asked for is large enough";
 
 // A file with content in a folder of its own.
 class FileTest : public WinUtilTest {
@@ -75,14 +77,39 @@ RECIPE(FileTest, isSupportExtendFileSize, ofAFile) {
     examine([&] { return NATIVE(isSupportExtendFileSize)(path); });
 }
 
+RECIPE(FileTest, isSupportExtendFileSize, withoutMemory) {
+    java.failCall("GetStringChars");
+    examine([&] { return NATIVE(isSupportExtendFileSize)(path); });
+}
+
 RECIPE(FileTest, getLongPathName, ofAFile) {
     mask(folder().path());
     mayAnswer(L"\"<it>\\a file with a name\"");
     examine([&] { return NATIVE(getLongPathName)(path); });
 }
 
+RECIPE(WinUtilTest, getLongPathName, thatIsVeryLong) {
+    const std::wstring name = L"C:\\" + std::wstring(1000, L'x');
+    const auto expand = REPLACE(GetLongPathNameW, [&](LPCWSTR, LPWSTR buffer, DWORD room) -> DWORD {
+        if (room <= name.size()) {
+            return static_cast<DWORD>(name.size() + 1);
+        }
+        wcscpy_s(buffer, room, name.c_str());
+        return static_cast<DWORD>(name.size());
+    });
+    comesWhole("GetLongPathNameW", roomAsAskedFor);
+    mayAnswer(L"\"C:\\x~1\"");
+    examine([&] { return NATIVE(getLongPathName)(L"C:\\x~1"); });
+}
+
 RECIPE(WinUtilTest, CovertEnvPathToFilePath, withAVariable) {
     examine([&] { return NATIVE(CovertEnvPathToFilePath)(L"%SystemRoot%\\x"); });
+}
+
+RECIPE(WinUtilTest, CovertEnvPathToFilePath, thatIsVeryLong) {
+    const std::wstring text = L"%SystemRoot%\\" + std::wstring(5000, L'x');
+    comesWhole("ExpandEnvironmentStringsW", roomAsAskedFor);
+    examine([&] { return NATIVE(CovertEnvPathToFilePath)(text); });
 }
 
 RECIPE(WinUtilTest, isMethodSupported, thatIsThere) {
@@ -155,6 +182,12 @@ RECIPE(ReadWriteTest, getFileSize, ofAnOpenFile) {
 
 RECIPE(ReadWriteTest, setFileEndOfFileInfo, ofAnOpenFile) {
     open("content of a file");
+    examine([&] { return NATIVE(setFileEndOfFileInfo)(record, 4); });
+}
+
+RECIPE(ReadWriteTest, setFileEndOfFileInfo, thatIsRefused) {
+    open("content of a file");
+    const auto refused = system().answer("NtSetInformationFile", accessDenied);
     examine([&] { return NATIVE(setFileEndOfFileInfo)(record, 4); });
 }
 

@@ -232,18 +232,19 @@ protected:
         *token = impersonationToken();
         return TRUE;
     });
-    Replacement descriptor_ =
-        REPLACE(GetFileSecurityW,
-                [bytes = descriptorOf(L"O:SYG:SYD:(A;;0x3;;;WD)")](
-                    LPCWSTR, SECURITY_INFORMATION, PSECURITY_DESCRIPTOR buffer, DWORD size, LPDWORD needed) {
-                    *needed = static_cast<DWORD>(bytes.size());
-                    if (size < bytes.size()) {
-                        SetLastError(ERROR_INSUFFICIENT_BUFFER);
-                        return FALSE;
-                    }
-                    std::memcpy(buffer, bytes.data(), bytes.size());
-                    return TRUE;
-                });
+    Replacement descriptor_ = REPLACE(
+        GetFileSecurityW,
+        [this](LPCWSTR, SECURITY_INFORMATION, PSECURITY_DESCRIPTOR buffer, DWORD size, LPDWORD needed) {
+            const auto bytes = descriptorOf(L"O:SYG:SYD:" + entries);
+            *needed = static_cast<DWORD>(bytes.size());
+            if (size < bytes.size()) {
+                SetLastError(ERROR_INSUFFICIENT_BUFFER);
+                return FALSE;
+            }
+            std::memcpy(buffer, bytes.data(), bytes.size());
+            return TRUE;
+        });
+    std::wstring entries = L"(A;;0x3;;;WD)";
 };
 
 RECIPE(AccessTest, isAccessRead, granted) {
@@ -253,7 +254,31 @@ RECIPE(AccessTest, isAccessRead, granted) {
     examine([&] { return NATIVE(isAccessRead)(path, L"DOM", L"user", L"secret"); });
 }
 
+RECIPE(AccessTest, isAccessRead, grantedToTheProcess) {
+    const auto thread = system().answer("OpenThreadToken", FALSE, ERROR_NO_TOKEN);
+    const auto process = REPLACE(OpenProcessToken, [](HANDLE of, DWORD access, PHANDLE token) -> BOOL {
+        if (access != TOKEN_QUERY) {
+            return REAL(OpenProcessToken)(of, access, token);
+        }
+        *token = impersonationToken();
+        return TRUE;
+    });
+    tolerates({"GetFileAttributesExW"}, formOfPath);
+    tolerates({"OpenThreadToken"}, standsIn);
+    tolerates({"AdjustTokenPrivileges", "LookupPrivilegeValueA", "OpenProcessToken"}, systemDecides);
+    examine([&] { return NATIVE(isAccessRead)(path, L"DOM", L"user", L"secret"); });
+}
+
 RECIPE(AccessTest, isAccessWrite, granted) {
+    tolerates({"GetFileAttributesExW"}, formOfPath);
+    tolerates({"AdjustTokenPrivileges", "LookupPrivilegeValueA", "OpenProcessToken"}, systemDecides);
+    examine([&] { return NATIVE(isAccessWrite)(path, L"DOM", L"user", L"secret"); });
+}
+
+RECIPE(AccessTest, isAccessWrite, grantedByOneOfManyEntries) {
+    while (entries.size() < 1000) {
+        entries += L"(A;;0x3;;;WD)";
+    }
     tolerates({"GetFileAttributesExW"}, formOfPath);
     tolerates({"AdjustTokenPrivileges", "LookupPrivilegeValueA", "OpenProcessToken"}, systemDecides);
     examine([&] { return NATIVE(isAccessWrite)(path, L"DOM", L"user", L"secret"); });

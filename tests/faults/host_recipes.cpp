@@ -122,16 +122,24 @@ RECIPE(ConversationTest, sendPipe, toABusyPipe) {
     examine([&] { return NATIVE(sendPipe)(L"\\\\.\\pipe\\x", L"text"); });
 }
 
+RECIPE(PipeTest, sendPipe, toAMissingPipe) {
+    examine([&] { return NATIVE(sendPipe)(name, L"text"); });
+}
+
 class EventTest : public WinUtilTest {
 protected:
     Replacement source_ =
         REPLACE(RegisterEventSourceW, [](LPCWSTR, LPCWSTR) -> HANDLE { return Ledger::fakeHandle(); });
     Replacement report_ = system().answer("ReportEventW", TRUE);
-    Replacement print_ =
-        REPLACE(fwrite, [](const void*, std::size_t, std::size_t count, FILE*) { return count; });
+    Replacement print_ = REPLACE(fputs, [](const char*, FILE*) { return 0; });
 };
 
 RECIPE(EventTest, createEventLog, ofAnEntry) {
+    examine([&] { NATIVE(createEventLog)(L"Backup", L"message", 1, false); });
+}
+
+RECIPE(EventTest, createEventLog, ofAnEntryThatIsRefused) {
+    const auto refused = system().answer("ReportEventW", FALSE, ERROR_LOG_FILE_FULL);
     examine([&] { NATIVE(createEventLog)(L"Backup", L"message", 1, false); });
 }
 

@@ -153,17 +153,49 @@ private:
         REPLACE(Process32NextW, [this](HANDLE, LPPROCESSENTRY32W entry) { return give(entry); });
 };
 
-RECIPE(ProcessListTest, getProcessInfo, ofTwoProcesses) {
-    leavesOut({"OpenProcess", "OpenProcessToken", "GetTokenInformation", "LookupAccountSidW",
-               "ProcessIdToSessionId", "HeapAlloc"},
-              leftOut);
-    leavesOut({"Process32NextW"}, listEnds);
-    mayAnswer(L"null");
-    examine([&] { return std::wstring(NATIVE(getProcessInfo)(nullptr) ? L"a list" : L"null"); });
-    for (const std::wstring& name : added) {
-        note(name);
+class ProcessListRecipe : public RecipeOn<ProcessListTest> {
+protected:
+    template <class Name>
+    void list(Name executable) {
+        leavesOut({"OpenProcess", "OpenProcessToken", "GetTokenInformation", "LookupAccountSidW",
+                   "ProcessIdToSessionId", "HeapAlloc"},
+                  leftOut);
+        leavesOut({"Process32NextW"}, listEnds);
+        mayAnswer(L"null");
+        examine([&] { return std::wstring(NATIVE(getProcessInfo)(executable) ? L"a list" : L"null"); });
+        for (const std::wstring& name : added) {
+            note(name);
+        }
     }
-}
+};
+
+class Recipe_getProcessInfo_ofTwoProcesses final : public ProcessListRecipe {
+    void perform() override { list(nullptr); }
+};
+class Recipe_getProcessInfo_ofOneThatIsClosed final : public ProcessListRecipe {
+    void perform() override {
+        const auto refused = system().failCall("OpenProcess", 1, ERROR_ACCESS_DENIED);
+        list(nullptr);
+    }
+};
+class Recipe_getProcessInfo_ofOneWithoutAToken final : public ProcessListRecipe {
+    void perform() override {
+        const auto refused = system().failCall("OpenProcessToken", 1, ERROR_ACCESS_DENIED);
+        list(nullptr);
+    }
+};
+class Recipe_getProcessInfo_ofOneName final : public ProcessListRecipe {
+    void perform() override { list(L"two.exe"); }
+};
+class Recipe_getProcessInfo_ofAnyName final : public ProcessListRecipe {
+    void perform() override { list(L""); }
+};
+[[maybe_unused]] const bool processListsAdded =
+    addRecipe<Recipe_getProcessInfo_ofTwoProcesses>("getProcessInfo", "ofTwoProcesses") &&
+    addRecipe<Recipe_getProcessInfo_ofOneThatIsClosed>("getProcessInfo", "ofOneThatIsClosed") &&
+    addRecipe<Recipe_getProcessInfo_ofOneWithoutAToken>("getProcessInfo", "ofOneWithoutAToken") &&
+    addRecipe<Recipe_getProcessInfo_ofOneName>("getProcessInfo", "ofOneName") &&
+    addRecipe<Recipe_getProcessInfo_ofAnyName>("getProcessInfo", "ofAnyName");
 
 // A process whose blocks are those of this one.
 class OwnMemoryTest : public ProcessTest {
@@ -193,7 +225,7 @@ protected:
 
 private:
     std::wstring image_ = L"C:\\a.exe";
-    std::wstring command_ = L"a.exe /b";
+    std::wstring command_ = L"a.exe \u4e2d\U0001F600";
     RTL_USER_PROCESS_PARAMETERS parameters_ = {};
     PEB block_ = {};
 };
@@ -202,8 +234,18 @@ RECIPE(OwnMemoryTest, getProcessCommandLineArguments, ofAProcess) {
     examine([&] { return NATIVE(getProcessCommandLineArguments)(1234, false); });
 }
 
+constexpr char notPrinted[] = "a line that cannot be printed";
+
 RECIPE(OwnMemoryTest, getProcessCommandLineArguments, verbosely) {
-    tolerates({"malloc"}, "a line that cannot be printed");
+    tolerates({"malloc"}, notPrinted);
+    tolerates({"WideCharToMultiByte"}, standsIn);
+    examine([&] { return NATIVE(getProcessCommandLineArguments)(1234, true); });
+}
+
+RECIPE(OwnMemoryTest, getProcessCommandLineArguments, verboselyInACodePageThatLacksSome) {
+    const auto console = system().answer("GetConsoleOutputCP", 1252);
+    tolerates({"malloc"}, notPrinted);
+    tolerates({"WideCharToMultiByte"}, standsIn);
     examine([&] { return NATIVE(getProcessCommandLineArguments)(1234, true); });
 }
 
@@ -227,7 +269,7 @@ RECIPE(TerminationTest, terminateProcessByProcessID, thatEnds) {
 RECIPE(TerminationTest, terminateProcessByProcessID, verbosely) {
     waits("WaitForSingleObject", forItsEnd);
     tolerates({"WaitForSingleObject"}, nothingLeftToDo);
-    tolerates({"malloc"}, "a line that cannot be printed");
+    tolerates({"malloc"}, notPrinted);
     examine([&] { return NATIVE(terminateProcessByProcessID)(1234, true); });
 }
 

@@ -88,6 +88,7 @@ RECIPE(ValueTest, listRegistry, ofAKey) {
     leavesOut({"GetMethodID"}, noMethod);
     makeSubkey(L"a key");
     put(L"list", REG_MULTI_SZ, bytesOf(L"one\0two\0\0"s));
+    put(L"long number", REG_QWORD, "\x07\0\0\0\0\0\0\0"s);
     Collector collector(java);
     examine([&] { NATIVE(listRegistry)(collector.object(), user, keyPath()); });
     for (const Item& item : collector.items()) {

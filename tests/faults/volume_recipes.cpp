@@ -58,6 +58,18 @@ RECIPE(WinUtilTest, getVolumeLabel, ofADrive) {
     examine([&] { return NATIVE(getVolumeLabel)(L"C:\\"); });
 }
 
+RECIPE(WinUtilTest, getVolumeLabel, ofADriveWithoutADisplayName) {
+    const auto shell = system().answer("SHGetFileInfoW", 0);
+    const auto volume =
+        REPLACE(GetVolumeInformationW,
+                [](LPCWSTR, LPWSTR label, DWORD size, LPDWORD, LPDWORD, LPDWORD, LPWSTR, DWORD) -> BOOL {
+                    wcscpy_s(label, size, L"Data");
+                    return TRUE;
+                });
+    tolerates({"SHGetFileInfoW"}, standsIn);
+    examine([&] { return NATIVE(getVolumeLabel)(L"C:\\"); });
+}
+
 RECIPE(WinUtilTest, setVolumeLabel, ofADrive) {
     const auto set = system().answer("SetVolumeLabelA", TRUE);
     examine([&] { return NATIVE(setVolumeLabel)(L"C:\\", L"Data"); });
