@@ -84,4 +84,14 @@ std::map<DWORD, std::string> callSites(const PeImage& image) {
     return Scan(image).run();
 }
 
+const std::map<std::string, std::string>& unreachableCalls() {
+    static const std::map<std::string, std::string> all = {
+        {"SetFilePointerEx", "no native method opens a file for reading and preallocates it"},
+        {"calloc", "the compiler's run time would register what ends the data of threads"},
+        {"fwrite", "the compiler's run time would report a relocation that failed"},
+        {"realloc", "the compiler's run time would make room for more functions to call at the end"},
+    };
+    return all;
+}
+
 }  // namespace testbed

@@ -14,4 +14,7 @@ namespace testbed {
 // A call through a register, where one function is called several times in a row, is not among them.
 std::map<DWORD, std::string> callSites(const PeImage& image);
 
+// Functions with one call that no native method comes to, and why.
+const std::map<std::string, std::string>& unreachableCalls();
+
 }  // namespace testbed

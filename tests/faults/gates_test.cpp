@@ -13,18 +13,23 @@ using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 
-// The violations that the matrix counts; as failures of a test they do not.
-std::vector<std::string> violationsOf(const std::string& branch) {
-    const auto recipe = std::ranges::find(violatingRecipes(), branch, &Recipe::branch);
+// The violations that a matrix counts; as failures of a test they do not.
+template <class Examine>
+std::vector<std::string> violationsIn(Examine&& examine) {
     FaultMatrix matrix;
     ::testing::TestPartResultArray results;
     {
         const ::testing::ScopedFakeTestPartResultReporter reporter(
             ::testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &results);
-        matrix.examine(*recipe);
+        examine(matrix);
     }
     EXPECT_EQ(static_cast<std::size_t>(results.size()), matrix.violations().size());
     return matrix.violations();
+}
+
+std::vector<std::string> violationsOf(const std::string& branch) {
+    const auto recipe = std::ranges::find(violatingRecipes(), branch, &Recipe::branch);
+    return violationsIn([&](FaultMatrix& matrix) { matrix.examine(*recipe); });
 }
 
 TEST(FaultGate, CountsACaseThatCrashesAndGoesOnBehindIt) {
@@ -63,6 +68,11 @@ TEST(FaultGate, SeesWhatIsKept) {
 TEST(FaultGate, SeesARemarkThatNothingNeeds) {
     EXPECT_THAT(violationsOf("remarksTooMuch"),
                 Contains(AllOf(HasSubstr("no case needs this"), HasSubstr("CloseHandle"))));
+}
+
+TEST(FaultGate, SeesACallThatNoRecipeMakes) {
+    EXPECT_THAT(violationsIn([](FaultMatrix& matrix) { matrix.examineCallSites(); }),
+                Contains(HasSubstr("made by no recipe: CreateToolhelp32Snapshot at 0x")));
 }
 
 }  // namespace

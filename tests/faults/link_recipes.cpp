@@ -41,6 +41,8 @@ RECIPE(LinkTest, getLinkTarget, ofAJunction) {
 
 RECIPE(LinkTest, getLinkType, ofALink) {
     tolerates({"GetFileAttributesExW"}, formOfPath);
+    // A link to a directory: attributes that neither form of the path has are passed on with every bit set.
+    mayAnswer(L"18");
     examine([&] { return NATIVE(getLinkType)(L"C:\\filelink"); });
 }
 

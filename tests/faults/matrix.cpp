@@ -74,6 +74,13 @@ std::string endOf(DWORD exitCode) {
     }
 }
 
+// The places where the library makes a call that can fail, with the functions.
+std::map<DWORD, std::string> failingCallSites() {
+    auto sites = callSites(PeImage::ofFile(libraryFile()).value());
+    std::erase_if(sites, [](const auto& site) { return failingFunction(site.second) == nullptr; });
+    return sites;
+}
+
 }  // namespace
 
 FaultMatrix& FaultMatrix::instance() {
@@ -94,9 +101,9 @@ bool examinedForParent(int argc, char** argv) {
     return true;
 }
 
-void FaultMatrix::violation(const Recipe& recipe, const std::string& text) {
-    violations_.push_back(recipe.name() + ", " + text);
-    ADD_FAILURE() << violations_.back();
+void FaultMatrix::violation(const std::string& text) {
+    violations_.push_back(text);
+    ADD_FAILURE() << text;
 }
 
 void FaultMatrix::keep(const Recipe& recipe, Account& account, const std::string& kind,
@@ -107,7 +114,7 @@ void FaultMatrix::keep(const Recipe& recipe, Account& account, const std::string
         ++(text.find(" + ") == std::string::npos ? failed_ : pairs_);
         account.lastCase = text;
     } else if (kind == journal::violation) {
-        violation(recipe, text);
+        violation(recipe.name() + ", " + text);
     } else if (kind == journal::remark) {
         account.remarks.insert(text);
     } else if (kind == journal::needed) {
@@ -132,7 +139,8 @@ void FaultMatrix::examineInAnotherProcess(const Recipe& recipe, Account& account
     }
     if (!account.ended && account.begun) {
         const bool inACase = account.cases != casesBefore;
-        violation(recipe, (inACase ? account.lastCase : "with nothing failing") + ": " + endOf(exitCode));
+        violation(recipe.name() + ", " + (inACase ? account.lastCase : "with nothing failing") + ": " +
+                  endOf(exitCode));
     }
 }
 
@@ -156,7 +164,7 @@ void FaultMatrix::examine(const Recipe& recipe) {
         }
     }
     if (!account.ended) {
-        violation(recipe, "the cases behind are left out");
+        violation(recipe.name() + ", the cases behind are left out");
     }
     keepRemarks(recipe, account, whole && isEverythingWanted());
     lines_.push_back(recipe.name() + ": " + std::to_string(account.cases));
@@ -169,25 +177,32 @@ void FaultMatrix::keepRemarks(const Recipe& recipe, const Account& account, bool
         remark.functions.insert(text.substr(tab + 1));
         remark.methods.insert(recipe.method);
         if (complete && !account.needed.contains(text)) {
-            violation(recipe, "no case needs this: " + text);
+            violation(recipe.name() + ", no case needs this: " + text);
         }
     }
 }
 
-std::string FaultMatrix::callSiteText(std::ostream& file) const {
-    std::size_t all = 0;
-    std::size_t leftOut = 0;
-    for (const auto& [site, function] : callSites(PeImage::ofFile(libraryFile()).value())) {
-        if (failingFunction(function) == nullptr) {
-            continue;
-        }
-        ++all;
+void FaultMatrix::examineCallSites() {
+    std::map<std::string, std::vector<DWORD>> leftOut;
+    for (const auto& [site, function] : failingCallSites()) {
         if (!callSites_.contains(site)) {
-            ++leftOut;
-            file << "made by no recipe: " << function << " at " << hex(site) << "\n";
+            leftOut[function].push_back(site);
         }
     }
-    return std::to_string(all - leftOut) + " of " + std::to_string(all) + " call sites";
+    for (const auto& [function, reason] : unreachableCalls()) {
+        if (leftOut[function].empty()) {
+            violation("some recipe makes every call of " + function + ", but it is said that " + reason);
+        }
+        // Which of several calls is meant cannot be told.
+        if (leftOut[function].size() == 1) {
+            leftOut.erase(function);
+        }
+    }
+    for (const auto& [function, sites] : leftOut) {
+        for (const DWORD site : sites) {
+            violation("made by no recipe: " + function + " at " + hex(site));
+        }
+    }
 }
 
 void FaultMatrix::report() const {
@@ -202,12 +217,18 @@ void FaultMatrix::report() const {
     for (const auto& [reason, remark] : remarks_) {
         both(reason + " (" + joined(remark.functions) + "; " + joined(remark.methods) + ")");
     }
+    for (const auto& [function, reason] : unreachableCalls()) {
+        both("not reached: " + reason + " (" + function + ")");
+    }
     for (const std::string& text : violations_) {
         both("violation: " + text);
     }
-    const std::string sites = callSiteText(file);
+    const auto sites = failingCallSites();
+    const auto reached =
+        std::ranges::count_if(sites, [this](const auto& site) { return callSites_.contains(site.first); });
     both("Fault matrix: " + std::to_string(methods_.size()) + " methods, " + std::to_string(recipes_) +
-         " recipes, " + sites + ", " + std::to_string(failed_) + " calls failed" +
+         " recipes, " + std::to_string(reached) + " of " + std::to_string(sites.size()) + " call sites, " +
+         std::to_string(failed_) + " calls failed" +
          (pairs_ == 0 ? "" : ", " + std::to_string(pairs_) + " pairs of them") + ", " +
          std::to_string(violations_.size()) + " violations");
 }

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <iosfwd>
 #include <map>
 #include <set>
 #include <string>
@@ -27,6 +26,10 @@ public:
     // All cases of one recipe, as failures of the running test where one is not as it must be.
     void examine(const Recipe& recipe);
 
+    // That the recipes examined come to every place where the library makes a call that can fail, but for
+    // those that are named.
+    void examineCallSites();
+
     const std::vector<std::string>& violations() const { return violations_; }
 
     // The account, on the standard output and in faults.txt.
@@ -46,10 +49,7 @@ private:
     void examineInAnotherProcess(const Recipe& recipe, Account& account);
     void keep(const Recipe& recipe, Account& account, const std::string& kind, const std::string& text);
     void keepRemarks(const Recipe& recipe, const Account& account, bool complete);
-    void violation(const Recipe& recipe, const std::string& text);
-    // How many of the places where the library makes a call that can fail some recipe comes to while nothing
-    // fails. The others are written into the file.
-    std::string callSiteText(std::ostream& file) const;
+    void violation(const std::string& text);
 
     std::set<std::string> methods_;
     std::size_t recipes_ = 0;
@@ -64,7 +64,7 @@ private:
         std::set<std::string> methods;
     };
     std::map<std::string, Remark> remarks_;
-    std::set<std::uint64_t> callSites_;
+    std::set<std::uint64_t> callSites_;  // those that a recipe comes to while nothing fails
 };
 
 }  // namespace testbed

@@ -21,6 +21,11 @@ private:
     const Recipe& recipe_;
 };
 
+class CallSiteTest : public ::testing::Test {
+public:
+    void TestBody() override { FaultMatrix::instance().examineCallSites(); }
+};
+
 class Account : public ::testing::Environment {
     void TearDown() override { FaultMatrix::instance().report(); }
 };
@@ -73,6 +78,9 @@ void registerRecipes() {
         ::testing::RegisterTest("Faults", recipe.name().c_str(), nullptr, nullptr, __FILE__, __LINE__,
                                 [&recipe]() -> ::testing::Test* { return new RecipeTest(recipe); });
     }
+    // Behind all of them.
+    ::testing::RegisterTest("Faults", "comeToEveryCallSite", nullptr, nullptr, __FILE__, __LINE__,
+                            []() -> ::testing::Test* { return new CallSiteTest; });
 }
 
 }  // namespace testbed
