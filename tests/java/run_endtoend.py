@@ -215,10 +215,10 @@ def run_tests(options, env, java, work, devices):
         }
         if volume:
             properties['winutil.test.volume'] = volume
+        command = java + FIXED_HEAP
         if options.verbose_jni:
             command.append('-verbose:jni')
         # The log's name without its drive: a colon separates the log's options.
-        command = java + FIXED_HEAP
         command += [f'-Xlog:jni+resolve=debug:file={windows(resolve_log)[2:]}:none:filecount=0',
                     f'-XX:ErrorFile={windows(options.logs)}\\hs_err_%p.log']
         command += [f'-D{key}={value}' for key, value in properties.items()]

@@ -28,7 +28,7 @@ FEWEST_CALLS = 4000
 def call(options, work, devices, env):
     """Makes all calls. Returns their number, the findings and the output of the JVMs."""
     windows = run_endtoend.windows
-    with run_endtoend.small_volume(work / 'volume', devices) as volume:
+    with run_endtoend.small_volume(work / 'volume', devices, NAME) as volume:
         command = ['wine', options.java, '-Xcheck:jni', '-ea', '-Dfile.encoding=UTF-8', *run_endtoend.FIXED_HEAP,
                    f'-XX:ErrorFile={windows(options.logs)}\\hs_err_hostile_%p.log',
                    f'-Dwinutil.library={windows(options.library)}',

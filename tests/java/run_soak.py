@@ -40,7 +40,7 @@ def run(options, work, table):
 
 def judge(options, code, log, natives, table):
     found = checked_jni.complaints(log.read_text('utf-8', 'replace'))
-    missing = run_endtoend.never_called(run_endtoend.exported_natives(options.objdump, options.library), natives)
+    missing = run_endtoend.never_called(run_endtoend.exported_natives(options.objdump, options.library), [natives])
     rows = soak_verdict.read(table) if table.exists() else []
     cases = [
         Case('every answer stays what it was', None if code == 0 else f'exit code {code}\n{run_suite.tail(log)}'),
