@@ -15,6 +15,7 @@ import java.util.concurrent.Executors;
 import java.util.concurrent.Future;
 import java.util.concurrent.TimeUnit;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.Timeout;
 
 /** When the output of launched processes ends while other threads launch, too. */
 class LaunchedStreamsTest extends EndToEnd {
@@ -81,6 +82,7 @@ class LaunchedStreamsTest extends EndToEnd {
 
     /** A process that had inherited the ends of another one's streams would keep these from ending. */
     @Test
+    @Timeout(150) // Hundreds of processes: where other work keeps the processors busy a minute is not enough.
     void theOutputOfAShortProcessEndsWhileALongOneThatAnotherThreadLaunchedGoesOn() throws Exception {
         ExecutorService launchers = Executors.newFixedThreadPool(THREADS);
         try {
