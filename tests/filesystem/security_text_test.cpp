@@ -272,6 +272,11 @@ TEST_F(SecurityTextTest, IsNoneOnASystemWithoutTheConversion) {
     EXPECT_THAT(entries, SizeIs(2));
     EXPECT_EQ(entries[0].security + entries[1].security, L"");
     EXPECT_THAT(events, ::testing::Contains((folder() / L"file") + L"|" + systemText(ERROR_PROC_NOT_FOUND)));
+
+    constexpr const char* recordName = "Java_com_qarvo_kel_util_WindowsUtil_WinFile";
+    using RecordFunction = decltype(Java_com_qarvo_kel_util_WindowsUtil_WinFile);
+    const NativeMethod<RecordFunction> record(java, recordName, fresh.exported<RecordFunction>(recordName));
+    EXPECT_NE(record(folder() / L"file", JNI_TRUE, JNI_TRUE), nullptr);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ protected:
     void SetUp() override {
         disk.entries[L"C:\\file"] = {plainFile, {}};
         disk.entries[L"C:\\folder"] = {directoryBit, {}};
+        disk.entries[L"C:\\with every other bit"] = {~DWORD{FILE_ATTRIBUTE_REPARSE_POINT}, {}};
         disk.put(L"C:\\junction", directoryBit, {});
         disk.put(L"C:\\volume", directoryBit, {.path = L"\\??\\Volume{1}\\"});
         disk.put(L"C:\\dirlink", directoryBit, {.tag = IO_REPARSE_TAG_SYMLINK, .path = L"..\\x"});
@@ -38,6 +39,7 @@ TEST_F(Links, TellsTheKindsApart) {
 
 TEST_F(Links, OpensNothingThatIsNoReparsePoint) {
     EXPECT_EQ(NATIVE(getLinkType)(L"C:\\file"), 255);
+    EXPECT_EQ(NATIVE(getLinkType)(L"C:\\with every other bit"), 255);
     EXPECT_EQ(NATIVE(getLinkTarget)(L"C:\\folder"), nullptr);
     EXPECT_FALSE(NATIVE(isLink)(L"C:\\file"));
     EXPECT_FALSE(NATIVE(isDirectoryJunction)(L"C:\\folder"));

@@ -1,6 +1,8 @@
 // The parser of reparse data, with its buffer against a page that nobody may touch.
 #include "filesystem/reparse_data.h"
 
+#include "filesystem/reparse_points.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -39,6 +41,15 @@ Parsed parse(const Bytes& bytes, DWORD attributes = directory) {
 
 Parsed parseName(const std::wstring& name) {
     return parse(ReparseBytes{.path = name}.build());
+}
+
+TEST(ReparsePoint, WithoutItsAttributeIsNoneAndHasNoTarget) {
+    LinkTarget target;
+    std::fill(std::begin(target), std::end(target), L'#');
+
+    EXPECT_EQ(readReparseKind(L"C:\\file", target, FILE_ATTRIBUTE_ARCHIVE), DWORD{linkKindNone});
+
+    EXPECT_EQ(target[0], L'\0');
 }
 
 TEST(ReparseData, NamesTheKindByTagAndDirectoryBit) {
