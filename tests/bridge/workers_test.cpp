@@ -8,10 +8,6 @@
 #include "bridge/java_times.h"
 #include "bridge/paths.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <new>
-
 namespace {
 
 using namespace testbed;
@@ -83,16 +79,6 @@ TEST_F(WorkersTest, JavaTimesBecomeSystemTimesWithoutARangeCheck) {
     EXPECT_EQ(units(1234567890123), 128790414901230000u);
     EXPECT_EQ(units(-11644473600001), static_cast<std::uint64_t>(-10000));
     EXPECT_EQ(units(INT64_MAX), (static_cast<std::uint64_t>(INT64_MAX) + 11644473600000u) * 10000u);
-}
-
-TEST_F(WorkersTest, FailuresBeginWithoutAMessage) {
-    alignas(winutil::ErrorBuffer) std::byte memory[sizeof(winutil::ErrorBuffer)];
-    std::ranges::fill(memory, std::byte{0xCD});
-
-    const auto* failure = new (memory) winutil::ErrorBuffer;
-
-    EXPECT_TRUE(failure->empty());
-    EXPECT_STREQ(failure->text(), L"");
 }
 
 TEST_F(WorkersTest, NothingIsThrownWithoutAnEnvironment) {
