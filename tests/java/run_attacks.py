@@ -386,12 +386,8 @@ def main():
     parser.add_argument('--library', required=True, help='WinUtil64.dll')
     parser.add_argument('--class-path', nargs='+', required=True)
     parser.add_argument('--prefix', required=True, help='the Wine prefix, unless WINEPREFIX names one')
-    parser.add_argument('--results', type=pathlib.Path, required=True)
-    parser.add_argument('--logs', type=pathlib.Path, required=True)
     parser.add_argument('--only', default='', help='a part of the name of the attacks to run')
-    options = parser.parse_args()
-    for folder in (options.results, options.logs):
-        folder.mkdir(parents=True, exist_ok=True)
+    options = run_suite.parse(parser)
     names = [name for name in Attacks.__dict__ if name.split('_')[0] in ('a', 'another', 'root', 'the')]
     os.umask(0o022)
     # Not below the build, where another user might see nothing for other reasons.

@@ -62,6 +62,12 @@ def java_with(library, java, folder, env):
     return folder / 'bin' / java.name
 
 
+def checked_java(options):
+    """The beginning of the command that runs a class in the Windows JVM, with its natives checked."""
+    return ['wine', options.java, '-Xcheck:jni', '-ea', '-Dfile.encoding=UTF-8', '-cp',
+            ';'.join(map(windows, options.class_path))]
+
+
 def many_entries(folder):
     """Made from here: under Wine a new file costs in proportion to its directory."""
     folder.mkdir()
@@ -248,30 +254,21 @@ def main():
     parser.add_argument('--variants', required=True, help='folder of the jars that replace classes of the library')
     parser.add_argument('--objdump', required=True)
     parser.add_argument('--prefix', required=True, help='the Wine prefix, unless WINEPREFIX names one')
-    parser.add_argument('--results', type=pathlib.Path, required=True)
-    parser.add_argument('--logs', type=pathlib.Path, required=True)
-    options = parser.parse_args()
-    for folder in (options.results, options.logs):
-        folder.mkdir(parents=True, exist_ok=True)
+    options = run_suite.parse(parser)
     env = wine_environment(options.prefix)
     devices = pathlib.Path(env['WINEPREFIX']) / 'dosdevices'
     work = pathlib.Path(tempfile.mkdtemp(prefix='endtoend-', dir=options.logs))
     try:
         if options.beside_java:
             options.java = java_with(options.beside_java, options.java, work / 'java', env)
-        java = ['wine', options.java, '-Xcheck:jni', '-ea', '-Dfile.encoding=UTF-8', '-cp',
-                ';'.join(windows(jar) for jar in options.class_path)]
+        java = checked_java(options)
         good, cases = run_tests(options, env, java, work, devices)
         cases.append(reads_console_keys(java, options, env, work))
         cases += gate_is_awake(java, options, env)
     finally:
         shutil.rmtree(work)
-    run_suite.write_cases(options.results / f'{options.name}-gate.xml', f'{options.name}-gate', cases)
-    failed = [case for case in cases if case.failure is not None]
-    print(f'{options.name}-gate: {len(cases)} checks, {len(failed)} failed')
-    for case in failed:
-        print(f'{options.name}-gate: FAILED: {case.name}\n{case.failure}')
-    return 0 if good and not failed else 1
+    passed = run_suite.report(options.results, f'{options.name}-gate', cases)
+    return 0 if good and passed else 1
 
 
 if __name__ == '__main__':

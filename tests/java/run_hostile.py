@@ -29,10 +29,9 @@ def call(options, work, devices, env):
     """Makes all calls. Returns their number, the findings and the output of the JVMs."""
     windows = run_endtoend.windows
     with run_endtoend.small_volume(work / 'volume', devices, NAME) as volume:
-        command = ['wine', options.java, '-Xcheck:jni', '-ea', '-Dfile.encoding=UTF-8', *run_endtoend.FIXED_HEAP,
-                   f'-XX:ErrorFile={windows(options.logs)}\\hs_err_hostile_%p.log',
-                   f'-Dwinutil.library={windows(options.library)}',
-                   '-cp', ';'.join(map(windows, options.class_path))]
+        command = run_endtoend.checked_java(options) + run_endtoend.FIXED_HEAP
+        command += [f'-XX:ErrorFile={windows(options.logs)}\\hs_err_hostile_%p.log',
+                    f'-Dwinutil.library={windows(options.library)}']
         if volume:
             command.append(f'-Dwinutil.test.volume={volume}')
         command += ['com.qarvo.kel.util.endtoend.HostileCalls', windows(options.source), windows(work)]
@@ -84,11 +83,7 @@ def main():
     parser.add_argument('--class-path', nargs='+', required=True)
     parser.add_argument('--source', required=True, help='WindowsUtil.java, for its Javadoc')
     parser.add_argument('--prefix', required=True, help='the Wine prefix, unless WINEPREFIX names one')
-    parser.add_argument('--results', type=pathlib.Path, required=True)
-    parser.add_argument('--logs', type=pathlib.Path, required=True)
-    options = parser.parse_args()
-    for folder in (options.results, options.logs):
-        folder.mkdir(parents=True, exist_ok=True)
+    options = run_suite.parse(parser)
     env = run_endtoend.wine_environment(options.prefix)
     devices = pathlib.Path(env['WINEPREFIX']) / 'dosdevices'
     work = pathlib.Path(tempfile.mkdtemp(prefix='hostile-', dir=options.logs))
@@ -97,12 +92,7 @@ def main():
         cases = judge(work, *call(options, work, devices, env))
     finally:
         shutil.rmtree(work)
-    run_suite.write_cases(options.results / f'{NAME}.xml', NAME, cases)
-    failed = [case for case in cases if case.failure is not None]
-    print(f'{NAME}: {len(cases)} checks, {len(failed)} failed')
-    for case in failed:
-        print(f'{NAME}: FAILED: {case.name}\n{case.failure}')
-    return 1 if failed else 0
+    return 0 if run_suite.report(options.results, NAME, cases) else 1
 
 
 if __name__ == '__main__':

@@ -29,11 +29,11 @@ def run(options, work, table):
     for old in (natives, table):
         old.unlink(missing_ok=True)
     windows = run_endtoend.windows
-    command = ['wine', options.java, '-Xcheck:jni', '-ea', '-Dfile.encoding=UTF-8', *run_endtoend.FIXED_HEAP,
-               '-XX:NativeMemoryTracking=summary', f'-XX:ErrorFile={windows(log)}.hs_err',
-               f'-Xlog:jni+resolve=debug:file={windows(natives)[2:]}:none:filecount=0',
-               f'-Dwinutil.library={windows(options.library)}', '-cp', ';'.join(map(windows, options.class_path)),
-               'com.qarvo.kel.util.endtoend.Soak', str(options.seconds), windows(work), windows(table)]
+    command = run_endtoend.checked_java(options) + run_endtoend.FIXED_HEAP
+    command += ['-XX:NativeMemoryTracking=summary', f'-XX:ErrorFile={windows(log)}.hs_err',
+                f'-Xlog:jni+resolve=debug:file={windows(natives)[2:]}:none:filecount=0',
+                f'-Dwinutil.library={windows(options.library)}',
+                'com.qarvo.kel.util.endtoend.Soak', str(options.seconds), windows(work), windows(table)]
     env = run_endtoend.wine_environment(options.prefix)
     return run_suite.run(command, log, env, options.seconds + SPARE_SECONDS), log, natives
 
@@ -66,23 +66,14 @@ def main():
     parser.add_argument('--class-path', nargs='+', required=True)
     parser.add_argument('--objdump', required=True)
     parser.add_argument('--prefix', required=True, help='the Wine prefix, unless WINEPREFIX names one')
-    parser.add_argument('--results', type=pathlib.Path, required=True)
-    parser.add_argument('--logs', type=pathlib.Path, required=True)
-    options = parser.parse_args()
-    for folder in (options.results, options.logs):
-        folder.mkdir(parents=True, exist_ok=True)
+    options = run_suite.parse(parser)
     table = options.logs / 'soak.csv'
     work = pathlib.Path(tempfile.mkdtemp(prefix='soak-', dir=options.logs))
     try:
         cases = judge(options, *run(options, work, table), table)
     finally:
         shutil.rmtree(work)
-    run_suite.write_cases(options.results / f'{NAME}.xml', NAME, cases)
-    failed = [case for case in cases if case.failure is not None]
-    print(f'{NAME}: {len(cases)} checks, {len(failed)} failed')
-    for case in failed:
-        print(f'{NAME}: FAILED: {case.name}\n{case.failure}')
-    return 1 if failed else 0
+    return 0 if run_suite.report(options.results, NAME, cases) else 1
 
 
 if __name__ == '__main__':

@@ -94,17 +94,33 @@ def collect(reports, target, suite, code, log):
     return complete and code == 0
 
 
+def parse(parser):
+    """Parses the command line; the folders for results and logs, which it has to name, are there then."""
+    parser.add_argument('--results', type=pathlib.Path, required=True)
+    parser.add_argument('--logs', type=pathlib.Path, required=True)
+    options = parser.parse_args()
+    for folder in (options.results, options.logs):
+        folder.mkdir(parents=True, exist_ok=True)
+    return options
+
+
+def report(folder, suite, cases):
+    """Leaves results of our own in FOLDER/SUITE.xml and prints the failed ones. Returns whether all passed."""
+    write_cases(folder / f'{suite}.xml', suite, cases)
+    failed = [case for case in cases if case.failure is not None]
+    print(f'{suite}: {len(cases)} checks, {len(failed)} failed')
+    for case in failed:
+        print(f'{suite}: FAILED: {case.name}\n{case.failure}')
+    return not failed
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument('--name', required=True)
     parser.add_argument('--java', required=True)
     parser.add_argument('--tests', required=True, help='the jar with the test classes')
     parser.add_argument('--class-path', nargs='+', required=True)
-    parser.add_argument('--results', type=pathlib.Path, required=True)
-    parser.add_argument('--logs', type=pathlib.Path, required=True)
-    options = parser.parse_args()
-    for folder in (options.results, options.logs):
-        folder.mkdir(parents=True, exist_ok=True)
+    options = parse(parser)
     log = options.logs / f'{options.name}.log'
     reports = pathlib.Path(tempfile.mkdtemp(prefix='reports-', dir=options.logs))
     try:

@@ -1,35 +1,13 @@
 // Where volumes are mounted, and their names.
 #include "volume/mount_list.h"
-#include "answers/volumes.h"
 #include "target.h"
 #include "volume/volumes.h"
+#include "windows/answered_calls.h"
 #include "windows/java.h"
-#include "windows/system.h"
-
-namespace {
-
-hostile::Volumes* volumes = nullptr;
-
-}  // namespace
-
-extern "C" {
-HANDLE WINAPI FindFirstVolumeW(LPWSTR name, DWORD size) {
-    return volumes->giveName(name, size) ? fuzz::fakeHandle() : INVALID_HANDLE_VALUE;
-}
-WINBOOL WINAPI FindNextVolumeW(HANDLE, LPWSTR name, DWORD size) {
-    return volumes->giveName(name, size) ? TRUE : FALSE;
-}
-WINBOOL WINAPI FindVolumeClose(HANDLE) {
-    return TRUE;
-}
-WINBOOL WINAPI GetVolumePathNamesForVolumeNameW(LPCWSTR name, LPWCH list, DWORD size, PDWORD required) {
-    return volumes->giveMountPoints(name, list, size, required);
-}
-}
 
 void fuzz::examine(hostile::Input& input) {
     hostile::Volumes answers(input);
-    volumes = &answers;
+    volumeAnswers = &answers;
     Java java;
     winutil::volume::listPartitions(java.env(), java.collector());
 

@@ -1,39 +1,12 @@
 // Single registry values: texts of any size, numbers, small values of any type.
-#include "answers/registry.h"
 #include "registry/values.h"
 #include "target.h"
-#include "windows/system.h"
-
-namespace {
-
-hostile::Registry* registry = nullptr;
-
-}  // namespace
-
-extern "C" {
-LSTATUS WINAPI RegOpenKeyExA(HKEY, LPCSTR, DWORD, REGSAM, PHKEY key) {
-    *key = static_cast<HKEY>(fuzz::fakeHandle());
-    return ERROR_SUCCESS;
-}
-LSTATUS WINAPI RegOpenKeyExW(HKEY, LPCWSTR, DWORD, REGSAM, PHKEY key) {
-    *key = static_cast<HKEY>(fuzz::fakeHandle());
-    return ERROR_SUCCESS;
-}
-LSTATUS WINAPI RegCloseKey(HKEY) {
-    return ERROR_SUCCESS;
-}
-LSTATUS WINAPI RegQueryValueExA(HKEY, LPCSTR, LPDWORD, LPDWORD type, LPBYTE data, LPDWORD size) {
-    return registry->giveData(type, data, size);
-}
-LSTATUS WINAPI RegQueryValueExW(HKEY, LPCWSTR, LPDWORD, LPDWORD type, LPBYTE data, LPDWORD size) {
-    return registry->giveData(type, data, size);
-}
-}
+#include "windows/answered_calls.h"
 
 void fuzz::examine(hostile::Input& input) {
     namespace registry = winutil::registry;
     hostile::Registry answers(input);
-    ::registry = &answers;
+    registryAnswers = &answers;
     switch (input.value<BYTE>() % 4) {
         case 0:
             if (const auto text = registry::readText("HKEY_USERS\\key\\value")) {

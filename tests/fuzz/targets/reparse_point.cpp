@@ -1,16 +1,14 @@
 // A reparse point: what a file system keeps for a link, and what any program may write there.
-#include "answers/devices.h"
 #include "fileio/open.h"
 #include "filesystem/reparse_data.h"
 #include "filesystem/reparse_points.h"
 #include "target.h"
+#include "windows/answered_calls.h"
 #include "windows/system.h"
 
 namespace {
 
 using winutil::filesystem::LinkTarget;
-
-hostile::Devices* devices = nullptr;
 
 bool isSame(const LinkTarget& left, const LinkTarget& right) {
     return std::wcscmp(left, right) == 0;
@@ -45,15 +43,10 @@ FileCell createFileWithRetry(const wchar_t*, DWORD, DWORD, DWORD, DWORD, ErrorBu
 
 }  // namespace winutil::fileio
 
-extern "C" WINBOOL WINAPI DeviceIoControl(HANDLE device, DWORD code, LPVOID in, DWORD inSize, LPVOID out,
-                                          DWORD outSize, LPDWORD returned, LPOVERLAPPED overlapped) {
-    return devices->control(device, code, in, inSize, out, outSize, returned, overlapped);
-}
-
 void fuzz::examine(hostile::Input& input) {
     hostile::Input alone = input;
     hostile::Devices answers(input);
-    devices = &answers;
+    deviceAnswers = &answers;
     LinkTarget target;
     constexpr DWORD attributes = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY;
     const auto kind = winutil::filesystem::readReparseKind(L"C:\\link", target, attributes);

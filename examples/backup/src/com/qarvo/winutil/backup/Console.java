@@ -24,6 +24,9 @@ final class Console {
 
     /** What the command line says. The property alone does not tell: newer JVMs set it to their own choice. */
     private static String given(String property) {
+        if (System.getProperty(property) == null) {
+            return null;
+        }
         String argument = "-D" + property + "=";
         return ManagementFactory.getRuntimeMXBean().getInputArguments().stream()
                 .filter(given -> given.startsWith(argument)).map(given -> given.substring(argument.length()))
