@@ -43,8 +43,7 @@ def exponent(sizes, times):
     """The power of the number of items that a whole pass grows with: the slope in the logarithms of both."""
     xs = [math.log(size) for size in sizes]
     ys = [math.log(size * time) for size, time in zip(sizes, times)]
-    mean_x, mean_y = sum(xs) / len(xs), sum(ys) / len(ys)
-    return (sum((x - mean_x) * (y - mean_y) for x, y in zip(xs, ys)) / sum((x - mean_x) ** 2 for x in xs))
+    return statistics.linear_regression(xs, ys).slope
 
 
 def draw(rounds, path):
@@ -104,8 +103,8 @@ def describe(rounds, system):
         text += paragraph(f"""- {items}: the time of a pass grows with their number to the power of {own:.2f}
             ({floor:.2f} bare): {how}.""").rstrip() + "\n"
     return text + "\n" + paragraph(
-        """Memory is what the process holds beyond what a first pass, the bare one, left it with; for directories and
-        keys it is looked at every thousand items. The collector drops what it is handed, so that what is left of the
+        """Memory is what the process holds beyond what it held before the passes; while a directory is listed, and a key by
+        the library, it is looked at every thousand items. The collector drops what it is handed, so that what is left of the
         Java heap is the listing's own.""") + "![Time and memory for each item](growth.svg)\n"
 
 

@@ -28,8 +28,9 @@ done
 
 scripts/setup.sh --all || exit 1
 build=build/fuzz
-cmake -S tests/fuzz -B $build -G Ninja -DCMAKE_CXX_COMPILER=clang++-19 >$build.log 2>&1 || { cat $build.log; exit 1; }
-rm -f $build.log
+mkdir -p $build
+cmake -S tests/fuzz -B $build -G Ninja -DCMAKE_CXX_COMPILER=clang++-19 >$build/configure.log 2>&1 ||
+    { cat $build/configure.log; exit 1; }
 cmake --build $build || exit 1
 [ ${#targets[@]} -gt 0 ] || mapfile -t targets < <(cd $build/targets && ls)
 

@@ -8,7 +8,8 @@ import csv
 import os
 import pathlib
 import re
-import xml.etree.ElementTree as ElementTree
+
+import tally
 
 TABLE = pathlib.Path(__file__).resolve().parents[1] / "docs" / "jvms.csv"
 COLUMNS = ["Java", "runtime", "tests passed", "tests failed", "tests skipped", "checks of the run passed",
@@ -17,10 +18,8 @@ COLUMNS = ["Java", "runtime", "tests passed", "tests failed", "tests skipped", "
 
 def counts(report):
     """How many cases of a JUnit report passed, failed, and were skipped."""
-    cases = list(ElementTree.parse(report).getroot().iter("testcase"))
-    failed = sum(case.find("failure") is not None or case.find("error") is not None for case in cases)
-    skipped = sum(case.find("skipped") is not None for case in cases)
-    return len(cases) - failed - skipped, failed, skipped
+    outcomes = [outcome for _, _, outcome in tally.read_report(report)]
+    return [outcomes.count(outcome) for outcome in ("passed", "failed", "skipped")]
 
 
 def main():

@@ -15,6 +15,7 @@ if [ "${1:-}" = --smoke ]; then
 fi
 [ $# -gt 0 ] && versions=("$@")
 
+scripts/setup.sh
 for version in "${versions[@]}"; do
     scripts/windows-java.sh "$version"
 done

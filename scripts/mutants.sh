@@ -13,22 +13,14 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/environment.sh
 . scripts/environment.sh
 
-# The parser of the sources, beside what else is downloaded.
-parser=$WINUTIL_CACHE/parser
-if ! cmp -s scripts/downloads/parser.txt "$parser/parser.txt"; then
-    rm -rf "$parser"
-    python3 -m pip install -q --no-deps --only-binary=:all: --require-hashes --root-user-action=ignore \
-        -r scripts/downloads/parser.txt --target "$parser"
-    cp scripts/downloads/parser.txt "$parser"
-fi
-export PYTHONPATH=$parser PYTHONDONTWRITEBYTECODE=1
+scripts/wheels.sh parser
+export PYTHONPATH=$WINUTIL_CACHE/parser PYTHONDONTWRITEBYTECODE=1
 if [[ " $* " == *" --check "* ]]; then
     python3 -m unittest discover --quiet -s tests/mutants -p "*_test.py"
     exec python3 tests/mutants/mutants.py "$@"
 fi
 
 # A build folder of its own: the DLL and some test programs in it are linked again for each mutant.
-scripts/setup.sh
 build=build/mutants
 cmake --preset mingw-release "${toolbox[@]}" -B "$build" >/dev/null
 mapfile -t programs < <(ctest --test-dir "$build" -N | grep -o '[a-z_]*_tests$')

@@ -9,15 +9,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 preset=${1:-zig-release}
 
 scripts/build.sh
-zig=$WINUTIL_CACHE/zig
-if ! cmp -s scripts/downloads/zig.txt "$zig/zig.txt"; then
-    echo "second-compiler: fetching the compiler"
-    rm -rf "$zig"
-    python3 -m pip install -q --root-user-action=ignore --no-deps --only-binary=:all: --require-hashes \
-        -r scripts/downloads/zig.txt --target "$zig"
-    cp scripts/downloads/zig.txt "$zig"
-fi
-export WINUTIL_ZIG=$zig/ziglang/zig ZIG_GLOBAL_CACHE_DIR=$WINUTIL_CACHE/zig-cache
+scripts/wheels.sh zig
+export WINUTIL_ZIG=$WINUTIL_CACHE/zig/ziglang/zig ZIG_GLOBAL_CACHE_DIR=$WINUTIL_CACHE/zig-cache
 export ZIG_LOCAL_CACHE_DIR=$ZIG_GLOBAL_CACHE_DIR
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset"

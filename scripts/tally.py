@@ -12,22 +12,27 @@ import sys
 import xml.etree.ElementTree as ElementTree
 
 
+def read_report(path):
+    """Yields (suite, test, outcome) for every test case of a report."""
+    try:
+        root = ElementTree.parse(path).getroot()
+    except ElementTree.ParseError as error:
+        yield path.stem, f"unreadable results ({error})", "failed"
+        return
+    for case in root.iter("testcase"):
+        name = f'{case.get("classname", "")}.{case.get("name", "")}'
+        if case.find("failure") is not None or case.find("error") is not None:
+            yield path.stem, name, "failed"
+        elif case.find("skipped") is not None or case.get("status") == "notrun":
+            yield path.stem, name, "skipped"
+        else:
+            yield path.stem, name, "passed"
+
+
 def read_results(folder):
     """Yields (suite, test, outcome) for every test case below the folder."""
     for path in sorted(pathlib.Path(folder).rglob("*.xml")):
-        try:
-            root = ElementTree.parse(path).getroot()
-        except ElementTree.ParseError as error:
-            yield path.stem, f"unreadable results ({error})", "failed"
-            continue
-        for case in root.iter("testcase"):
-            name = f'{case.get("classname", "")}.{case.get("name", "")}'
-            if case.find("failure") is not None or case.find("error") is not None:
-                yield path.stem, name, "failed"
-            elif case.find("skipped") is not None or case.get("status") == "notrun":
-                yield path.stem, name, "skipped"
-            else:
-                yield path.stem, name, "passed"
+        yield from read_report(path)
 
 
 def main():

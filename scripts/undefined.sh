@@ -8,5 +8,7 @@ scripts/build.sh
 export WINUTIL_ALIGNED_BLOCKS=1
 cmake --preset mingw-undefined >/dev/null
 cmake --build --preset mingw-undefined
-scripts/test_library.sh build/mingw-undefined
-scripts/second-compiler.sh zig-undefined
+status=0
+scripts/test_library.sh build/mingw-undefined || status=1
+scripts/second-compiler.sh zig-undefined || status=1
+exit $status

@@ -114,38 +114,45 @@ bool makePrimaryToken(HANDLE token, HANDLE* primary) noexcept {
            FALSE;
 }
 
-// Lets the write ends be inherited for the length of a scope, and no other launch start its child. False,
-// with the last error, where one of them cannot be: a child would run without that stream.
+// Lets the write ends be inherited for the length of a scope, and no other launch start its child. Names the
+// one that cannot be, and leaves the last error: a child would run without that stream.
 class InheritableWriteEnds {
 public:
     explicit InheritableWriteEnds(const OutputPipes& pipes) noexcept
         : lock_(startLock),
           pipes_(pipes),
-          complete_(setInheritable(pipes.output.writeEnd, true) &&
-                    setInheritable(pipes.error.writeEnd, true)) {}
+          refused_(!setInheritable(pipes.output.writeEnd, true)  ? L"hStdOutWritePipe"
+                   : !setInheritable(pipes.error.writeEnd, true) ? L"hStdErrWritePipe"
+                                                                 : nullptr) {}
     InheritableWriteEnds(const InheritableWriteEnds&) = delete;
     InheritableWriteEnds& operator=(const InheritableWriteEnds&) = delete;
-    // Where it fails the child has started, and the ends are closed soon.
+    // A failure is passed over: the ends are closed soon.
     ~InheritableWriteEnds() {
         setInheritable(pipes_.output.writeEnd, false);
         setInheritable(pipes_.error.writeEnd, false);
     }
 
-    explicit operator bool() const noexcept { return complete_; }
+    // None where both can be inherited.
+    const wchar_t* refused() const noexcept { return refused_; }
 
 private:
     const ExclusiveLock lock_;
     const OutputPipes& pipes_;
-    const bool complete_;
+    const wchar_t* refused_;
 };
 
-// Starts the child with the write ends as its output. Returns false, with the reason in `code`, when that
-// fails.
+// Why a child did not start.
+struct StartFailure {
+    DWORD code = ERROR_SUCCESS;
+    const wchar_t* refusedEnd = nullptr;  // the write end that it could not have been given
+};
+
+// Starts the child with the write ends as its output. Returns false, with the reason, when that fails.
 bool startChild(HANDLE token, const ProgramTexts& program, void* environment, const OutputPipes& pipes,
-                PROCESS_INFORMATION& child, DWORD& code) noexcept {
+                PROCESS_INFORMATION& child, StartFailure& failure) noexcept {
     if (program.application == nullptr && program.commandLine == nullptr) {
         // The system reads one of the two without a look: that would end this process.
-        code = ERROR_INVALID_PARAMETER;
+        failure.code = ERROR_INVALID_PARAMETER;
         return false;
     }
     STARTUPINFOW startup = {};
@@ -155,17 +162,21 @@ bool startChild(HANDLE token, const ProgramTexts& program, void* environment, co
     startup.hStdOutput = pipes.output.writeEnd.get();
     startup.hStdError = pipes.error.writeEnd.get();
     const InheritableWriteEnds inheritable(pipes);
-    const bool started =
-        inheritable && CreateProcessAsUserW(token, program.application, program.commandLine, nullptr, nullptr,
-                                            TRUE, CREATE_UNICODE_ENVIRONMENT, environment,
-                                            program.workingDirectory, &startup, &child);
-    code = GetLastError();
+    const bool started = inheritable.refused() == nullptr &&
+                         CreateProcessAsUserW(token, program.application, program.commandLine, nullptr,
+                                              nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT, environment,
+                                              program.workingDirectory, &startup, &child);
+    failure = {GetLastError(), inheritable.refused()};
     return started;
 }
 
-bool startFailed(const wchar_t* tag, DWORD code, const ProgramTexts& program,
+bool startFailed(const wchar_t* tag, const StartFailure& failure, const ProgramTexts& program,
                  ErrorBuffer& errorBuffer) noexcept {
-    return failed(errorBuffer, code,
+    if (failure.refusedEnd != nullptr) {
+        return failed(errorBuffer, failure.code, L"%s Failed to SetHandleInformation for %s", tag,
+                      failure.refusedEnd);
+    }
+    return failed(errorBuffer, failure.code,
                   L"%s Failed to CreateProcessAsUserW for wcAppName='%s' wcArguments='%s' wcWorkingDir='%s'.",
                   tag, program.application, program.commandLine, program.workingDirectory);
 }
@@ -221,11 +232,11 @@ bool startAsUser(const Credentials& account, const ProgramTexts& program, const 
         return accountStepFailed(GetLastError(), L"ImpersonateLoggedOnUser", account, errorBuffer);
     }
     PROCESS_INFORMATION child = {};
-    DWORD code = ERROR_SUCCESS;
-    const bool started = startChild(*cells.token, program, environment.get(), pipes, child, code);
+    StartFailure failure;
+    const bool started = startChild(*cells.token, program, environment.get(), pipes, child, failure);
     RevertToSelf();
     if (!started) {
-        return startFailed(userTag, code, program, errorBuffer);
+        return startFailed(userTag, failure, program, errorBuffer);
     }
     // Required: the handle of the child's primary thread is not closed, because it belongs to what Java has
     // of the child, as token and profile do.
@@ -249,9 +260,9 @@ bool startInSession(DWORD session, const ProgramTexts& program, const OutputPipe
         return failed(errorBuffer, GetLastError(), L"%s Failed to CreateEnvironmentBlock.", sessionTag);
     }
     PROCESS_INFORMATION child = {};
-    DWORD code = ERROR_SUCCESS;
-    if (!startChild(primaryToken.get(), program, environment.get(), pipes, child, code)) {
-        return startFailed(sessionTag, code, program, errorBuffer);
+    StartFailure failure;
+    if (!startChild(primaryToken.get(), program, environment.get(), pipes, child, failure)) {
+        return startFailed(sessionTag, failure, program, errorBuffer);
     }
     const KernelHandle thread(child.hThread);
     *cells.process = child.hProcess;

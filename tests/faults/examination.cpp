@@ -85,10 +85,10 @@ bool Examination::isDue() {
 
 void Examination::judge(const Run& plain, const Run& before, const Faults& faults, Run& run) {
     std::vector<std::string> complaints = run.complaints;
-    // Of two faults either may be what is seen, and each may hide what the other does.
     std::string complaint = complaintAbout(run, before, faults.back());
-    for (const PlannedFault& each : faults) {
-        complaint = complaint.empty() ? "" : complaintAbout(run, plain, each);
+    // Of two faults either may be what is seen, and each may hide what the other does.
+    for (std::size_t i = 0; faults.size() > 1 && i < faults.size() && !complaint.empty(); ++i) {
+        complaint = complaintAbout(run, plain, faults[i]);
     }
     if (!complaint.empty()) {
         complaints.push_back(complaint);

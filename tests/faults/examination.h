@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <fstream>
-#include <functional>
 #include <set>
 #include <string>
 #include <vector>

@@ -45,7 +45,7 @@ bool isAbout(const Promises::Remark& remark, const PlannedFault& planned) {
 
 // Whether a recipe says something about this failure that is true. It is needed then.
 template <class Remarks, class Condition>
-bool isSaid(Remarks& remarks, const PlannedFault& planned, Condition&& condition) {
+bool isTrulySaid(Remarks& remarks, const PlannedFault& planned, Condition&& condition) {
     const auto found = std::ranges::find_if(
         remarks, [&](const auto& remark) { return isAbout(remark, planned) && condition(remark); });
     if (found == remarks.end()) {
@@ -70,7 +70,7 @@ std::string complaintAboutException(Run& run, const Run& plain, const PlannedFau
     }
     const std::optional<DWORD> code = codeIn(thrown.message);
     if (code && code != planned.code() && code != codeIn(plain.outcome.thrown.message) &&
-        !isSaid(run.promises.otherCodes, planned, [](const auto&) { return true; })) {
+        !isTrulySaid(run.promises.otherCodes, planned, [](const auto&) { return true; })) {
         return "the code of something else";
     }
     return "";
@@ -124,7 +124,7 @@ std::string complaintAboutValue(Run& run, const Run& plain, const PlannedFault& 
     if (run.outcome == plain.outcome && (failsAnyhow || mayGoUnnoticed(planned))) {
         return "";
     }
-    if (isSaid(run.promises.tolerated, planned, [&](const Promises::Tolerated& tolerated) {
+    if (isTrulySaid(run.promises.tolerated, planned, [&](const Promises::Tolerated& tolerated) {
             return isAsTolerated(run.outcome, plain.outcome, tolerated);
         })) {
         return "";
@@ -162,14 +162,11 @@ std::vector<std::string> complaintsAboutWaits(Run& run, const std::vector<Planne
     });
     std::vector<std::string> complaints;
     for (const char* function : {"Sleep", "WaitForSingleObject", "WaitNamedPipeW"}) {
-        const auto remark = std::ranges::find(run.promises.waits, function, &Promises::Remark::function);
         if (!run.systemCalls.contains(function) || (isShared && function == std::string_view("Sleep"))) {
             continue;
         }
-        if (remark == run.promises.waits.end()) {
+        if (!isSaid(run.promises.waits, function)) {
             complaints.push_back("it waits, by " + std::string(function));
-        } else {
-            remark->needed = true;
         }
     }
     return complaints;

@@ -17,15 +17,6 @@ std::string setting(const char* name) {
     return value == nullptr ? "" : value;
 }
 
-// Whether a recipe says so of a function. What it says is needed then.
-bool isSaid(std::vector<Promises::Remark>& remarks, const std::string& function) {
-    const auto found = std::ranges::find(remarks, function, &Promises::Remark::function);
-    if (found != remarks.end()) {
-        found->needed = true;
-    }
-    return found != remarks.end();
-}
-
 // The ways in which one call of a function is to fail.
 void planCall(Faults& planned, Run& run, const FailingFunction& function, std::size_t k) {
     for (const Fault& fault : function.faults) {

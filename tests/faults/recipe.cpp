@@ -1,5 +1,7 @@
 #include "recipe.h"
 
+#include <algorithm>
+
 #include "text.h"
 
 namespace testbed {
@@ -45,14 +47,19 @@ std::string PlannedFault::codeText() const {
     return hex(fault->lastError && *fault->lastError != 0 ? *fault->lastError : fault->result);
 }
 
-std::optional<DWORD> PlannedFault::code() const {
+bool isSaid(std::vector<Promises::Remark>& remarks, const std::string& function) {
+    const auto found = std::ranges::find(remarks, function, &Promises::Remark::function);
+    if (found != remarks.end()) {
+        found->needed = true;
+    }
+    return found != remarks.end();
+}
+
+DWORD PlannedFault::code() const {
     if (!fault) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }
-    if (fault->lastError) {
-        return fault->lastError;
-    }
-    return static_cast<DWORD>(fault->result);
+    return fault->lastError.value_or(static_cast<DWORD>(fault->result));
 }
 
 }  // namespace testbed

@@ -36,7 +36,7 @@ struct PlannedFault {
     std::string name() const;
     std::string codeText() const;
     // The code that a message about this failure has.
-    std::optional<DWORD> code() const;
+    DWORD code() const;
 };
 
 // What a recipe says of its outcomes, beside what its method documents.
@@ -81,6 +81,9 @@ struct Promises {
     std::vector<Remark> whole;    // what never comes short
     bool anyValueBesideException = false;
 };
+
+// Whether a recipe says so of a function. What it says is needed then.
+bool isSaid(std::vector<Promises::Remark>& remarks, const std::string& function);
 
 // Visits what a recipe says, with the kind of each.
 template <class Visit>
@@ -219,7 +222,6 @@ protected:
     }
 
     // What the recipe promises.
-    void mayRaise(const std::string& exceptionClass) { promises().exceptions.insert(exceptionClass); }
     void mayAnswer(const std::wstring& value) { promises().failureValues.insert(value); }
     using Tolerance = Promises::Tolerated::Outcome;
     void tolerates(std::initializer_list<const char*> functions, const char* reason,

@@ -57,7 +57,7 @@ protected:
         nameCase(nullptr);
     }
 
-    // A collector with every method that the listings know.
+    // A collector with every method that the played listings call.
     JavaObject collector() {
         for (const auto& [name, signature] : methods) {
             this->java.defineMethod("Collector", name, signature,

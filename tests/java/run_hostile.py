@@ -29,17 +29,17 @@ def call(options, work, devices, env):
     """Makes all calls. Returns their number, the findings and the output of the JVMs."""
     windows = run_endtoend.windows
     with run_endtoend.small_volume(work / 'volume', devices, NAME) as volume:
-        command = run_endtoend.checked_java(options) + run_endtoend.FIXED_HEAP
-        command += [f'-XX:ErrorFile={windows(options.logs)}\\hs_err_hostile_%p.log',
-                    f'-Dwinutil.library={windows(options.library)}']
+        java = run_endtoend.checked_java(options) + run_endtoend.FIXED_HEAP
+        java.append(f'-Dwinutil.library={windows(options.library)}')
         if volume:
-            command.append(f'-Dwinutil.test.volume={volume}')
-        command += ['com.qarvo.kel.util.endtoend.HostileCalls', windows(options.source), windows(work)]
+            java.append(f'-Dwinutil.test.volume={volume}')
+        calls = ['com.qarvo.kel.util.endtoend.HostileCalls', windows(options.source), windows(work)]
         deaths, output, following = [], '', 0
         for _ in range(MOST_JVMS):
             log = options.logs / f'{NAME}-{following}.log'
+            command = [*java, f'-XX:ErrorFile={windows(log)}.hs_err', *calls, str(following)]
             # What a text without a folder in front names is made in a folder of its own.
-            code = run_suite.run([*command, str(following)], log, env, folder=work / 'current')
+            code = run_suite.run(command, log, env, folder=work / 'current')
             output += log.read_text('utf-8', 'replace')
             number, name = last_call(work)
             if name == LAST:

@@ -2,6 +2,7 @@
 
 import csv
 import dataclasses
+import statistics
 
 MIB = 1 << 20
 FEWEST_SAMPLES = 8
@@ -24,15 +25,13 @@ class Series:
     def __post_init__(self):
         begin = self.seconds[-1] / 2
         late = [(x, y) for x, y in zip(self.seconds, self.values) if x >= begin]
-        mean_x = sum(x for x, _ in late) / len(late)
-        mean_y = sum(y for _, y in late) / len(late)
-        self.slope = sum((x - mean_x) * (y - mean_y) for x, y in late) / sum((x - mean_x)**2 for x, _ in late)
-        rest = sorted(y - mean_y - self.slope * (x - mean_x) for x, y in late)
+        self.slope, start = statistics.linear_regression(*zip(*late))
+        rest = sorted(y - start - self.slope * x for x, y in late)
         # Without the outermost ones: a single peak must not hide what grows below it.
         outer = len(rest) // 20
         self.scatter = rest[-1 - outer] - rest[outer]
         self.growth = self.slope * (late[-1][0] - late[0][0])
-        self.late = [(x, mean_y + self.slope * (x - mean_x)) for x, _ in late]
+        self.late = [(x, start + self.slope * x) for x, _ in late]
 
     @property
     def title(self):

@@ -92,26 +92,26 @@ class Campaign:
 
     def stretch(self, waiting, wanted):
         """Tries some of one room. Returns how many of them were mutants."""
-        tried, counted = [], 0
-        while waiting and counted < min(wanted, STRETCH):
+        mutants = []
+        while waiting and len(mutants) < wanted:
             mutation = waiting.pop()
-            tried.append(mutation)
-            counted += self.try_one(mutation)
-        if not tried:
-            return 0
+            if self.try_one(mutation):
+                mutants.append(mutation)
         self.builder.restore()
-        if not self.judge.still_sound({self.judge.order(mutation)[0] for mutation in tried}):
-            print("mutants have spoiled the Wine prefix: once more with a new one", flush=True)
-            self.results.forget(mutation.key for mutation in tried)
-            self.judge.renew_prefix()
-            waiting.extend(reversed(tried))
-            return 0
-        return counted
+        if not mutants or self.judge.still_sound({self.judge.order(mutation)[0] for mutation in mutants}):
+            return len(mutants)
+        self.judge.renew_prefix()
+        if len(mutants) == 1:
+            self.results.add(mutants[0], "killed", {"by": "room", "test": "spoils the Wine prefix"}, 0)
+            return 1
+        print("one of these has spoiled the Wine prefix: each by itself", flush=True)
+        self.results.forget(mutation.key for mutation in mutants)
+        return sum(self.stretch([mutation], 1) for mutation in mutants)
 
     def run(self, samples, wanted):
         while any(wanted[room] and samples[room] for room in samples):
             for room, waiting in samples.items():
-                wanted[room] -= self.stretch(waiting, wanted[room])
+                wanted[room] -= self.stretch(waiting, min(wanted[room], STRETCH))
 
 
 def sample(mutations, rooms, count, seed):
@@ -181,6 +181,8 @@ def main():
         print(f"{len(mutations)} places to break, {len(accepted)} accepted survivors")
         return 1 if stale(accepted, mutations) or not mutations else 0
 
+    if unknown := set(arguments.rooms) - {mutation.room for mutation in mutations}:
+        parser.error(f"no such room: {' '.join(sorted(unknown))}")
     samples, wanted = sample(mutations, arguments.rooms, arguments.count, arguments.seed)
     build = arguments.build.resolve()
     work = build / "mutants"

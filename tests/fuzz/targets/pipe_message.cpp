@@ -51,7 +51,6 @@ void fuzz::examine(hostile::Input& input) {
         winutil::host::serveClient(winutil::host::messagePipeName, message);
         require(strnlen(message, sizeof(message)) < sizeof(message), "a message has no end");
     } else {
-        const int answer = winutil::host::sendMessage(winutil::host::messagePipeName, L"text");
-        require(answer == 0 || answer == 1, "an answer that is none");
+        winutil::host::sendMessage(winutil::host::messagePipeName, L"text");
     }
 }

@@ -1,5 +1,5 @@
 // As much of a Java environment as the library's listings need. It reads every text and array that it is
-// given, to the last element, and adds them up in a digest.
+// given, to the last element; nobody asks what they add up to.
 #pragma once
 
 #include <jni.h>
@@ -21,8 +21,6 @@ public:
 
     JNIEnv* env() { return &environment_; }
     jobject collector();
-
-    std::uint64_t digest() const { return digest_; }
 
 private:
     struct Functions;

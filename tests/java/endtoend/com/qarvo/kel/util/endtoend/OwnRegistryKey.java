@@ -3,6 +3,8 @@ package com.qarvo.kel.util.endtoend;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 
 import com.qarvo.kel.util.RegistryCollector;
+import com.sun.jna.NativeLibrary;
+import com.sun.jna.WString;
 import com.sun.jna.platform.win32.Advapi32;
 import com.sun.jna.platform.win32.Advapi32Util;
 import com.sun.jna.platform.win32.WinNT;
@@ -77,6 +79,17 @@ abstract class OwnRegistryKey extends EndToEnd {
         HKEYByReference opened = new HKEYByReference();
         assertEquals(0, Advapi32.INSTANCE.RegOpenKeyEx(WinReg.HKEY_CURRENT_USER, path, 0, access, opened));
         return opened;
+    }
+
+    /** Stores a key of the current user's as a hive; the privilege to back up must be on. */
+    static void save(String path, String file) {
+        HKEYByReference opened = open(path, WinNT.KEY_READ);
+        try {
+            assertEquals(0, NativeLibrary.getInstance("advapi32").getFunction("RegSaveKeyW")
+                    .invokeInt(new Object[] {opened.getValue(), new WString(file), null}));
+        } finally {
+            Advapi32.INSTANCE.RegCloseKey(opened.getValue());
+        }
     }
 
     /** Collects a listing as texts: the method, the item's name, and its value. */

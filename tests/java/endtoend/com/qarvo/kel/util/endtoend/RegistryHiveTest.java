@@ -4,13 +4,8 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
-import com.sun.jna.NativeLibrary;
-import com.sun.jna.WString;
-import com.sun.jna.platform.win32.Advapi32;
 import com.sun.jna.platform.win32.Advapi32Util;
-import com.sun.jna.platform.win32.WinNT;
 import com.sun.jna.platform.win32.WinReg;
-import com.sun.jna.platform.win32.WinReg.HKEYByReference;
 import java.nio.file.Path;
 import java.util.List;
 import org.junit.jupiter.api.BeforeEach;
@@ -31,13 +26,7 @@ class RegistryHiveTest extends OwnRegistryKey {
 
     private String save() {
         String file = folder.resolve("hive \u00e9").toString();
-        HKEYByReference opened = open(key, WinNT.KEY_READ);
-        try {
-            assertEquals(0, NativeLibrary.getInstance("advapi32").getFunction("RegSaveKeyW")
-                    .invokeInt(new Object[] {opened.getValue(), new WString(file), null}));
-        } finally {
-            Advapi32.INSTANCE.RegCloseKey(opened.getValue());
-        }
+        save(key, file);
         return file;
     }
 

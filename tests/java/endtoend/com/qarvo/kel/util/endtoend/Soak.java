@@ -1,11 +1,7 @@
 package com.qarvo.kel.util.endtoend;
 
 import com.qarvo.kel.util.Win32;
-import com.sun.jna.NativeLibrary;
-import com.sun.jna.WString;
-import com.sun.jna.platform.win32.Advapi32;
 import com.sun.jna.platform.win32.Advapi32Util;
-import com.sun.jna.platform.win32.WinNT;
 import com.sun.jna.platform.win32.WinReg;
 import java.io.IOException;
 import java.io.PrintWriter;
@@ -103,13 +99,7 @@ final class Soak {
         EndToEnd.util.enableBackupPrivilege();
         Advapi32Util.registryCreateKey(WinReg.HKEY_CURRENT_USER, key);
         Advapi32Util.registrySetStringValue(WinReg.HKEY_CURRENT_USER, key, "text", "in the hive");
-        WinReg.HKEYByReference opened = OwnRegistryKey.open(key, WinNT.KEY_READ);
-        int code = NativeLibrary.getInstance("advapi32").getFunction("RegSaveKeyW")
-                .invokeInt(new Object[] {opened.getValue(), new WString(file), null});
-        Advapi32.INSTANCE.RegCloseKey(opened.getValue());
-        if (code != 0) {
-            throw new IllegalStateException("No hive: " + code);
-        }
+        OwnRegistryKey.save(key, file);
         return file;
     }
 
